@@ -1,0 +1,37 @@
+# How every target of the project is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# All libraries and programs side by side, so that a program finds its libraries from the build tree on every system.
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+endif()
+
+find_program(QV_CCACHE ccache)
+if(QV_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${QV_CCACHE}")
+endif()
+
+set(QV_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
+
+add_library(qv_build_settings INTERFACE)
+target_compile_options(qv_build_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+  $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
+if(QV_SANITIZE)
+  add_compile_options(-fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=${QV_SANITIZE})
+endif()
+
+# Asio of Boost 1.74 uses std::exchange without its header. A target that includes Beast links this one.
+add_library(qv_beast INTERFACE)
+target_compile_options(qv_beast INTERFACE -include utility)
+target_compile_definitions(qv_beast INTERFACE BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_USE_STD_STRING_VIEW)

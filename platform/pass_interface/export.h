@@ -1,0 +1,12 @@
+#ifndef SDK_PASS_INTERFACE_EXPORT_H
+#define SDK_PASS_INTERFACE_EXPORT_H
+
+#include "base/compiler.h"
+
+#ifdef SDK_PASS_INTERFACE_BUILD
+#define SDK_PASS_INTERFACE_API SDK_EXPORT
+#else
+#define SDK_PASS_INTERFACE_API SDK_IMPORT
+#endif
+
+#endif

@@ -1,0 +1,56 @@
+// The sink of one WebSocket connection's notices.
+//
+// Threads: called on the WebSocket library's threads; the notices of one connection never overlap. No lock of the
+// library is held; every operation of IWSInterface and IWSManagerInterface may be called from inside, DestroyWS and
+// stop included. When DestroyWS or stop has returned no further notice of the connection comes. Ownership: texts are
+// NUL-terminated and valid during the call only.
+#ifndef SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
+#define SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
+
+#include <cstdint>
+
+namespace ws_interface {
+
+class IWSInterfaceNotic {
+ public:
+  // 0 disconnected, 1 connecting, 2 connected.
+  virtual void OnConnectState(std::uint32_t state) = 0;
+  // 5 name resolved, 0 connected.
+  virtual void OnConnectStep(std::int32_t step) = 0;
+  // formats: the instance's video formats, separated by commas. Returns the chosen one, with which the library plays.
+  virtual std::int32_t OnAuthRsp(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,
+                                 const char* formats) = 0;
+  virtual void OnPlayRsp(std::uint32_t value1, std::uint64_t value2, std::uint32_t value3, std::uint32_t value4,
+                         std::uint32_t value5, std::uint32_t value6, std::uint32_t value7, std::uint32_t value8,
+                         std::uint32_t value9, std::uint32_t value10) = 0;
+  virtual void OnNotice5() = 0;
+  virtual void OnNotice6(const char* text) = 0;
+  virtual void OnNotice7() = 0;
+  virtual void OnNotice8() = 0;
+  virtual void OnNotice9(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3, std::uint32_t value4,
+                         std::uint32_t value5) = 0;
+  virtual void OnNotice10() = 0;
+  // The answer to a change of the video parameters; the last four are those in force when result is 0.
+  virtual void OnVideoParamRsp(std::int32_t result, std::uint64_t value, std::uint16_t frameRate, std::uint32_t bitRate,
+                               std::uint16_t width, std::uint16_t height) = 0;
+  virtual void OnNotice12() = 0;
+  virtual void OnNotice13(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3, std::uint32_t value4) = 0;
+  virtual void OnNotice14() = 0;
+  virtual void OnNotice15() {}
+  virtual void OnNotice16() {}
+  virtual void OnNotice17() {}
+  virtual void OnNotice18() {}
+  virtual void OnNotice19() {}
+  virtual void OnNotice20() {}
+  virtual void OnErrorCode(std::uint32_t code, const char* text) = 0;
+  virtual void OnFirstFrame(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3, std::uint32_t value4) = 0;
+  virtual void OnNotice23() = 0;
+  virtual void OnNotice24() = 0;
+  virtual void OnNotice25() = 0;
+
+  virtual ~IWSInterfaceNotic() = default;
+};
+
+}  // namespace ws_interface
+
+#endif
