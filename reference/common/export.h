@@ -1,0 +1,12 @@
+#ifndef REFERENCE_COMMON_EXPORT_H
+#define REFERENCE_COMMON_EXPORT_H
+
+#include "base/compiler.h"
+
+#ifdef REFERENCE_COMMON_BUILD
+#define REFERENCE_COMMON_API SDK_EXPORT
+#else
+#define REFERENCE_COMMON_API SDK_IMPORT
+#endif
+
+#endif
