@@ -1,0 +1,119 @@
+// InitWS: from endpoints to a connection object. Runs on the thread that has the session in hand (see phone_connect)
+// or, under ispLock, on the front end's thread inside ChangeIsp.
+#include <cstddef>
+#include <cstring>
+#include <locale>
+#include <sstream>
+
+#include "control/data_control.h"
+#include "qv_data_interface/result_codes.h"
+#include "surface/log.h"
+#include "surface/version.h"
+
+namespace qv_data_interface {
+namespace {
+
+using ws_interface::WSVideoParam;
+
+// WSVideoInfo begins with a copy of the front end's video record.
+static_assert(sizeof(WSVideoParam) == sizeof(QvVideoParam) &&
+              offsetof(WSVideoParam, videoFormat) == offsetof(QvVideoParam, videoFormat) &&
+              offsetof(WSVideoParam, width) == offsetof(QvVideoParam, width) &&
+              offsetof(WSVideoParam, height) == offsetof(QvVideoParam, height) &&
+              offsetof(WSVideoParam, frameRate) == offsetof(QvVideoParam, frameRate) &&
+              offsetof(WSVideoParam, bitRate) == offsetof(QvVideoParam, bitRate));
+
+// Refuses a text that does not fit with its NUL; nothing is cut.
+template <std::size_t size>
+bool CopyText(const std::string& text, char (&field)[size]) {
+  if (text.size() >= size) return false;
+  std::memcpy(field, text.data(), text.size());
+  return true;
+}
+
+}  // namespace
+
+struct CQVDataControl::ConnectRecords {
+  ws_interface::WSConnectInfo connectInfo{};
+  ws_interface::WSVideoInfo videoInfo{};
+  ws_interface::WSDefaultParam defaultParam{};
+  ws_interface::WSSystemParam systemParam{};
+};
+
+bool CQVDataControl::FillConnectRecords(ConnectRecords& records) {
+  const auto video = videoParam.Copy();
+  const auto system = systemParam.Copy();
+  if (!video || !system) return false;
+
+  auto& connect = records.connectInfo;
+  if (!CopyText(sessionId.Copy(), connect.sessionIdText) || !CopyText(targetId.Copy(), connect.identityText) ||
+      !CopyText(kVersion, connect.versionText)) {
+    return false;
+  }
+  connect.clientKind = 3;
+  connect.initNumber = modeFlag;
+  connect.streamKind = 2;
+
+  auto& wanted = records.videoInfo.videoParam;
+  wanted.videoFormat = video->videoFormat;
+  wanted.width = video->width;
+  wanted.height = video->height;
+  wanted.frameRate = video->frameRate;
+  wanted.bitRate = video->bitRate;
+
+  records.defaultParam.value1 = 1;
+  records.defaultParam.value2 = 48000;
+  records.defaultParam.value3 = 2;
+
+  records.systemParam.wsOptionEnabled = system->wsOptionEnabled ? 1 : 0;
+  records.systemParam.wsOptionInterval = static_cast<std::int32_t>(system->wsOptionInterval);
+  records.systemParam.useWss = system->useWss ? 1 : 0;
+  return true;
+}
+
+std::string CQVDataControl::MakeUrl(const pass_interface::StreamEndpoints& endpoints) {
+  const auto system = systemParam.Copy();
+  std::ostringstream url;
+  // The host's locale must not group the digits of the port.
+  url.imbue(std::locale::classic());
+  url << (system && system->useWss ? "wss://" : "ws://") << endpoints.webSocketDomain << ":" << endpoints.webSocketPort;
+  return url.str();
+}
+
+std::int32_t CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since) {
+  ConnectRecords records;
+  if (!FillConnectRecords(records)) return ReportInitWSFailure();
+  const std::string url = MakeUrl(endpoints);
+
+  const auto manager = wsManager.Copy();
+  if (!wsConnection.Copy() && manager) {
+    const std::shared_ptr<ws_interface::IWSInterfaceNotic> sink = shared_from_this();
+    const auto created = manager->CreateWS(credential1.Copy().c_str(), url.c_str(), &records.connectInfo,
+                                           &records.videoInfo, &records.defaultParam, &records.systemParam, sink, 0);
+    if (created && !wsConnection.PutIfEmpty(created)) {
+      // Another answer was faster. Its connection stays.
+      manager->DestroyWS(created);
+    } else if (created && !IsCurrent(since)) {
+      // Released while the connection was made, perhaps before it could be found in its holder.
+      if (wsConnection.TakeIf(created)) manager->DestroyWS(created);
+      return -1;
+    }
+  }
+  return wsConnection.Copy() ? 0 : ReportInitWSFailure();
+}
+
+std::int32_t CQVDataControl::ReportInitWSFailure() {
+  QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]Init WS failed;Error code [%d]", targetId.Copy().c_str(),
+         static_cast<int>(kResultWsInitFailed));
+  TellStatus(notice.Copy(), kResultWsInitFailed);
+  SendMessageCollect(0, 0, kResultWsInitFailed, "", "");
+  return -1;
+}
+
+void CQVDataControl::DropConnection() {
+  const auto manager = wsManager.Copy();
+  if (!manager) return;
+  if (const auto connection = wsConnection.Take()) manager->DestroyWS(connection);
+}
+
+}  // namespace qv_data_interface

@@ -1,0 +1,33 @@
+// SetLogParam: the logger's settings and the crash hook. Meant for one early call of the host's.
+#include <functional>
+
+#include "base/base_log_interface.h"
+#include "base/mini_jump.h"
+#include "collect_interface/collect_interface.h"
+#include "qv_data_interface/data_interface.h"
+
+namespace qv_data_interface {
+
+void IQVDataInterface::SetLogParam(QvLogParam* param) {
+  const QvLogParam defaults;
+  const QvLogParam& chosen = param != nullptr ? *param : defaults;
+
+  // The crash hook first, so that a crash in any of the rest leaves a dump.
+  const std::function<void(const char*)> onDump = &collect_interface::ICollectInterface::CoreHappen;
+  base::IMiniJump::GenerateMiniDump(chosen.path, onDump);
+
+  const int level = chosen.level;
+  const int sizeSetting = chosen.sizeSetting;
+  const int modeSetting = chosen.modeSetting;
+  const int countSetting = chosen.countSetting;
+  using base::IBaseLogInterface;
+  IBaseLogInterface::GetLogInstance()->SetLogLevel(level);
+  IBaseLogInterface::GetLogInstance()->SetLogPath(chosen.path);
+  IBaseLogInterface::GetLogInstance()->SetLogName(chosen.name);
+  IBaseLogInterface::GetLogInstance()->SetLogSizeSetting(sizeSetting);
+  IBaseLogInterface::GetLogInstance()->SetLogModeSetting(modeSetting);
+  IBaseLogInterface::GetLogInstance()->SetLogCountSetting(countSetting);
+  IBaseLogInterface::GetLogInstance()->StartLog();
+}
+
+}  // namespace qv_data_interface
