@@ -104,6 +104,8 @@ std::int32_t CQVDataControl::ChangeIsp(std::uint32_t ispCode) {
   // Inside the front end's callback this thread may be the very one that a rebuild elsewhere is waiting for.
   if (!ispLock.Acquire(!FrontEndScope::IsInside())) return -1;
   const RebuildLockReleaser releaser(ispLock);
+  // Released while this call waited its turn.
+  if (generation != since) return -1;
   return ChangeIspLocked(ispCode, since);
 }
 
@@ -115,7 +117,7 @@ std::int32_t CQVDataControl::ChangeIspLocked(std::uint32_t ispCode, Generation s
     QV_LOG(kLogError, "[QV_DATA_INTERFACE]Can not find ispInfo with IspCode[%d]", static_cast<int>(ispCode));
     return -1;
   }
-  DropConnection();
+  DropConnection(since);
   return InitWS(*endpoints, since);
 }
 

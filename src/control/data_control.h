@@ -116,7 +116,8 @@ class CQVDataControl final : public IQVInternalDataInterface,
  private:
   using FrontEnd = std::shared_ptr<IQVDataInterfaceNotic>;
   using Status = StatusTemplate::Status;
-  // Counts the releases. A call that began under an earlier number works for a connection that has been released.
+  // Each Init and each release begins a new one. A call that began under an earlier one works for a connection that has
+  // been released: what it still makes, it destroys itself.
   using Generation = std::uint32_t;
 
   // initialise
@@ -139,19 +140,19 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // service_answers
   void ReportFailedAnswer(const FrontEnd& frontEnd, std::int32_t code, const std::string& requestTag);
   template <class Answer>
-  void ReportRefusal(const FrontEnd& frontEnd, const Answer& answer);
+  void ReportRefusal(const FrontEnd& frontEnd, const Answer& answer, Generation since);
   void SaveToCache(const pass_interface::InstanceInfo& info);
 
   // websocket_setup
   struct ConnectRecords;
   bool FillConnectRecords(ConnectRecords& records);
   std::string MakeUrl(const pass_interface::StreamEndpoints& endpoints);
-  // 0 when the controller holds a connection on return, else -1, reported unless the release of an earlier generation
-  // is the reason.
+  // 0 when the controller holds a connection on return, else -1; the failure is reported, unless a release is its
+  // reason.
   std::int32_t InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since);
   std::int32_t ReportInitWSFailure();
-  // Destroys the connection, if there is one. Of several threads only one gets to do it.
-  void DropConnection();
+  // Destroys the connection of that generation, if there is one. Of several threads only one gets to do it.
+  void DropConnection(Generation since);
 
   // websocket_events
   void OnConnected(const FrontEnd& frontEnd);
@@ -171,7 +172,6 @@ class CQVDataControl final : public IQVInternalDataInterface,
 
   // shared by the stages
   void RecordMilestoneNow(const char* name);
-  bool IsCurrent(Generation since) const;
   // Every call of the front end goes through here: tell(notice), unless there is no notice.
   template <class Call>
   static void Tell(const FrontEnd& frontEnd, Call&& tell) {
@@ -211,9 +211,11 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // Holds messageCollect and its lock, collectMutex.
   StatusTemplate status;
   // Of the collector's row of this connection; 0 while there is none.
-  std::atomic<std::int32_t> collectRowId{0};
+  Guarded<std::int32_t> collectRowId;
 
-  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it.
+  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it. A generation's connection
+  // and row go in only while it lasts, which is checked under the holder's lock; a release begins the next generation
+  // and then takes both out, so nothing of an earlier generation is ever left in them.
   Guarded<FrontEnd> notice;
   Guarded<std::shared_ptr<pass_interface::IPassInterface>> passInterface;
   Guarded<std::shared_ptr<ws_interface::IWSManagerInterface>> wsManager;

@@ -71,6 +71,7 @@ std::int32_t CQVDataControl::Init(const char* credential1, const char* credentia
 
   std::uint32_t expected = kStateIdle;
   if (!initState.compare_exchange_strong(expected, kStateInitialising)) return -1;
+  ++generation;
   StateOutcome outcome(initState);
 
   std::int32_t result = ValidateAndStoreParams(url.c_str(), credential1, credential2, credential3, targetId, modeFlag,

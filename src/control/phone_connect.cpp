@@ -54,7 +54,7 @@ std::int32_t CQVDataControl::GetPhoneConnect() {
   }
 
   connectRequested.exchange(true);
-  if (IsCurrent(since)) return 0;
+  if (generation == since) return 0;
   // Released meanwhile: the flag would refuse the next connect. Nobody else sets it while this call has the claim.
   connectRequested.exchange(false);
   return -1;
@@ -86,7 +86,7 @@ void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation sin
   });
   KeepInstanceInfo(info);
   RegisterInstance(info, since);
-  TellIspList(frontEnd, info);
+  if (generation == since) TellIspList(frontEnd, info);
 }
 
 void CQVDataControl::KeepInstanceInfo(const InstanceInfo& info) {
@@ -103,7 +103,7 @@ void CQVDataControl::TakeOverGrantedInfoLocked() {
 void CQVDataControl::RegisterInstance(const InstanceInfo& info, Generation since) {
   const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
   if (!collector) return;
-  const std::int32_t rowId = collectRowId;
+  const std::int32_t rowId = collectRowId.Copy();
   if (rowId == 0) {
     InsertInstanceRow(*collector, since);
   } else if (collector->UpdataInstanceSessionId(rowId, info.sessionId.c_str(),
@@ -122,11 +122,9 @@ void CQVDataControl::InsertInstanceRow(collect_interface::ICollectInterface& col
 
   // Two answers at once insert two rows, and a release may have passed already: a row that nobody will delete later is
   // deleted here.
-  std::int32_t none = 0;
-  bool isOurs = collectRowId.compare_exchange_strong(none, inserted);
-  std::int32_t ours = inserted;
-  if (isOurs && !IsCurrent(since)) isOurs = !collectRowId.compare_exchange_strong(ours, 0);
-  if (!isOurs && inserted > 0) collector.DeleteInstanceInfo(inserted);
+  const bool isKept =
+      collectRowId.PutIfEmpty(inserted, [&] { return generation == since && initState == kStateReady; });
+  if (!isKept && inserted > 0) collector.DeleteInstanceInfo(inserted);
 }
 
 void CQVDataControl::TellIspList(const FrontEnd& frontEnd, const InstanceInfo& info) {

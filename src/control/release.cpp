@@ -11,7 +11,7 @@ namespace qv_data_interface {
 void CQVDataControl::ReleasePhoneConnect() {
   std::uint32_t expected = kStateReady;
   if (!initState.compare_exchange_strong(expected, kStateReleasing)) return;
-  ++generation;
+  const Generation since = ++generation;
 
   // A step that throws (memory is short, a service fails) must not keep the others from letting go.
   std::exception_ptr failure;
@@ -29,7 +29,7 @@ void CQVDataControl::ReleasePhoneConnect() {
     });
   });
   attempt([this] { SendMessageCollect(1, 4, 0, "", ""); });
-  attempt([this] { DropConnection(); });
+  attempt([&] { DropConnection(since); });
   attempt([this] {
     if (const auto manager = wsManager.Take()) manager->Stop();
   });
@@ -40,7 +40,7 @@ void CQVDataControl::ReleasePhoneConnect() {
   connectRequested = false;
   attempt([this] {
     const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
-    const std::int32_t rowId = collectRowId.exchange(0);
+    const std::int32_t rowId = collectRowId.Take();
     if (!collector || rowId <= 0) return;
     if (collector->DeleteInstanceInfo(rowId) == -1) QV_LOG(kLogError, "[QV_DATA_INTERFACE]DeleteInstanceInfo failed");
   });

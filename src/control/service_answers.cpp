@@ -40,7 +40,7 @@ void CQVDataControl::OnPhoneConnectRsp(std::int32_t transportResult, std::uint32
   if (answer->code != 0) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]GetPhoneConnect get http code [%d][%s]", target.c_str(), answer->code,
            answer->message.c_str());
-    return ReportRefusal(frontEnd, *answer);
+    return ReportRefusal(frontEnd, *answer, since);
   }
   HandlePhoneConnect(*answer, since);
   SaveToCache(*answer);
@@ -48,6 +48,7 @@ void CQVDataControl::OnPhoneConnectRsp(std::int32_t transportResult, std::uint32
 
 void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint32_t httpStatus,
                                          std::shared_ptr<RefreshSessionRsp> answer) {
+  const Generation since = generation;
   const FrontEnd frontEnd = notice.Copy();
   const std::string target = targetId.Copy();
   if (transportResult != 0) {
@@ -64,7 +65,7 @@ void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint
   if (answer->code != 0) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]OnRefreshSessionRsp get http code [%d][%s]", target.c_str(), answer->code,
            answer->message.c_str());
-    return ReportRefusal(frontEnd, *answer);
+    return ReportRefusal(frontEnd, *answer, since);
   }
   sessionId.Replace(answer->sessionId);
   if (const auto connection = wsConnection.Copy()) connection->SetSessionId(answer->sessionId.c_str());
@@ -77,9 +78,9 @@ void CQVDataControl::ReportFailedAnswer(const FrontEnd& frontEnd, std::int32_t c
 }
 
 template <class Answer>
-void CQVDataControl::ReportRefusal(const FrontEnd& frontEnd, const Answer& answer) {
+void CQVDataControl::ReportRefusal(const FrontEnd& frontEnd, const Answer& answer, Generation since) {
   Tell(frontEnd, [&answer](IQVDataInterfaceNotic& notic) { notic.OnStatus(answer.code, answer.message.c_str()); });
-  DropConnection();
+  DropConnection(since);
   SendMessageCollect(0, 5, answer.code, answer.requestTag.c_str(), "");
 }
 

@@ -90,15 +90,11 @@ std::int32_t CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpo
     const std::shared_ptr<ws_interface::IWSInterfaceNotic> sink = shared_from_this();
     const auto created = manager->CreateWS(credential1.Copy().c_str(), url.c_str(), &records.connectInfo,
                                            &records.videoInfo, &records.defaultParam, &records.systemParam, sink, 0);
-    if (created && !wsConnection.PutIfEmpty(created)) {
-      // Another answer was faster. Its connection stays.
-      manager->DestroyWS(created);
-    } else if (created && !IsCurrent(since)) {
-      // Released while the connection was made, perhaps before it could be found in its holder.
-      if (wsConnection.TakeIf(created)) manager->DestroyWS(created);
-      return -1;
-    }
+    // Not kept when another answer was faster, whose connection stays, or when a release has passed.
+    const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return generation == since; });
+    if (created && !isKept) manager->DestroyWS(created);
   }
+  if (generation != since) return -1;
   return wsConnection.Copy() ? 0 : ReportInitWSFailure();
 }
 
@@ -110,10 +106,11 @@ std::int32_t CQVDataControl::ReportInitWSFailure() {
   return -1;
 }
 
-void CQVDataControl::DropConnection() {
+void CQVDataControl::DropConnection(Generation since) {
   const auto manager = wsManager.Copy();
   if (!manager) return;
-  if (const auto connection = wsConnection.Take()) manager->DestroyWS(connection);
+  const auto connection = wsConnection.TakeIf([&] { return generation == since; });
+  if (connection) manager->DestroyWS(connection);
 }
 
 }  // namespace qv_data_interface

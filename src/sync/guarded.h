@@ -26,30 +26,29 @@ class Guarded {
 
   // Leaves an empty value behind. Of several threads only one gets what was there.
   Value Take() {
+    return TakeIf([] { return true; });
+  }
+
+  // The same, if isAllowed() holds under the lock; otherwise returns an empty value and leaves everything as it is.
+  // REQUIRES, here and below: what is passed in calls nothing outside the library.
+  template <class Condition>
+  Value TakeIf(Condition&& isAllowed) {
     Value taken{};
     const MutexLock lock(mutex);
-    std::swap(value, taken);
+    if (isAllowed()) std::swap(value, taken);
     return taken;
   }
 
-  // Says whether the value was empty, and so is newValue now. For pointers.
-  bool PutIfEmpty(const Value& newValue) {
+  // Puts newValue in if the value is empty and isAllowed() holds, both under the lock; says whether it is in.
+  template <class Condition>
+  bool PutIfEmpty(const Value& newValue, Condition&& isAllowed) {
     const MutexLock lock(mutex);
-    if (value) return false;
+    if (value || !isAllowed()) return false;
     value = newValue;
     return true;
   }
 
-  // Says whether expected was there, and so is taken out by this thread. For pointers.
-  bool TakeIf(const Value& expected) {
-    Value taken{};
-    const MutexLock lock(mutex);
-    if (value != expected) return false;
-    std::swap(value, taken);
-    return true;
-  }
-
-  // Changes the value in place and returns a copy of the outcome. REQUIRES: change calls nothing outside the library.
+  // Changes the value in place and returns a copy of the outcome.
   template <class Change>
   Value Update(Change&& change) {
     const MutexLock lock(mutex);
