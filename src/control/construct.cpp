@@ -16,6 +16,10 @@ CQVDataControl::~CQVDataControl() {
   }
 }
 
+bool CQVDataControl::IsCurrent(Generation since) const {
+  return generation == since && initState == kStateReady;
+}
+
 void CQVDataControl::TellStatus(const FrontEnd& frontEnd, std::int32_t code) {
   Tell(frontEnd, [code](IQVDataInterfaceNotic& notic) { notic.OnStatus(code, ResultMessage(code).c_str()); });
 }

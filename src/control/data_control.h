@@ -141,7 +141,7 @@ class CQVDataControl final : public IQVInternalDataInterface,
   void ReportFailedAnswer(const FrontEnd& frontEnd, std::int32_t code, const std::string& requestTag);
   template <class Answer>
   void ReportRefusal(const FrontEnd& frontEnd, const Answer& answer, Generation since);
-  void SaveToCache(const pass_interface::InstanceInfo& info);
+  static void SaveToCache(const std::string& key, const pass_interface::InstanceInfo& info);
 
   // websocket_setup
   struct ConnectRecords;
@@ -171,6 +171,8 @@ class CQVDataControl final : public IQVInternalDataInterface,
   const pass_interface::StreamEndpoints* ChooseEndpointsLocked(std::uint32_t ispCode) QV_REQUIRES(ispLock);
 
   // shared by the stages
+  // Whether what was begun in that generation may still be kept.
+  bool IsCurrent(Generation since) const;
   void RecordMilestoneNow(const char* name);
   // Every call of the front end goes through here: tell(notice), unless there is no notice.
   template <class Call>
@@ -213,9 +215,9 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // Of the collector's row of this connection; 0 while there is none.
   Guarded<std::int32_t> collectRowId;
 
-  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it. A generation's connection
-  // and row go in only while it lasts, which is checked under the holder's lock; a release begins the next generation
-  // and then takes both out, so nothing of an earlier generation is ever left in them.
+  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it. A connection and a row go in
+  // only while their generation lasts and the state is ready, which is checked under the holder's lock; a release ends
+  // both before it takes them out, so nothing is ever left behind in them.
   Guarded<FrontEnd> notice;
   Guarded<std::shared_ptr<pass_interface::IPassInterface>> passInterface;
   Guarded<std::shared_ptr<ws_interface::IWSManagerInterface>> wsManager;

@@ -86,7 +86,7 @@ void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation sin
   });
   KeepInstanceInfo(info);
   RegisterInstance(info, since);
-  if (generation == since) TellIspList(frontEnd, info);
+  if (IsCurrent(since)) TellIspList(frontEnd, info);
 }
 
 void CQVDataControl::KeepInstanceInfo(const InstanceInfo& info) {
@@ -122,8 +122,7 @@ void CQVDataControl::InsertInstanceRow(collect_interface::ICollectInterface& col
 
   // Two answers at once insert two rows, and a release may have passed already: a row that nobody will delete later is
   // deleted here.
-  const bool isKept =
-      collectRowId.PutIfEmpty(inserted, [&] { return generation == since && initState == kStateReady; });
+  const bool isKept = collectRowId.PutIfEmpty(inserted, [&] { return IsCurrent(since); });
   if (!isKept && inserted > 0) collector.DeleteInstanceInfo(inserted);
 }
 

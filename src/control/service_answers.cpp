@@ -42,8 +42,10 @@ void CQVDataControl::OnPhoneConnectRsp(std::int32_t transportResult, std::uint32
            answer->message.c_str());
     return ReportRefusal(frontEnd, *answer, since);
   }
+  // The key first: the front end may release and turn to another phone in one of the notices.
+  const std::string key = cacheKey.Copy();
   HandlePhoneConnect(*answer, since);
-  SaveToCache(*answer);
+  SaveToCache(key, *answer);
 }
 
 void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint32_t httpStatus,
@@ -84,8 +86,7 @@ void CQVDataControl::ReportRefusal(const FrontEnd& frontEnd, const Answer& answe
   SendMessageCollect(0, 5, answer.code, answer.requestTag.c_str(), "");
 }
 
-void CQVDataControl::SaveToCache(const InstanceInfo& info) {
-  const std::string key = cacheKey.Copy();
+void CQVDataControl::SaveToCache(const std::string& key, const InstanceInfo& info) {
   if (key.empty()) return;
   std::string json;
   InstanceInfoToJson(info, json);

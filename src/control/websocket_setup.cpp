@@ -91,10 +91,10 @@ std::int32_t CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpo
     const auto created = manager->CreateWS(credential1.Copy().c_str(), url.c_str(), &records.connectInfo,
                                            &records.videoInfo, &records.defaultParam, &records.systemParam, sink, 0);
     // Not kept when another answer was faster, whose connection stays, or when a release has passed.
-    const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return generation == since; });
+    const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return IsCurrent(since); });
     if (created && !isKept) manager->DestroyWS(created);
   }
-  if (generation != since) return -1;
+  if (generation != since || initState == kStateReleasing) return -1;
   return wsConnection.Copy() ? 0 : ReportInitWSFailure();
 }
 
