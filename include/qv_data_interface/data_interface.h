@@ -47,7 +47,8 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
   virtual std::int32_t GetPhoneConnect() = 0;
 
   // Commands. Each is handed to the connection at once and returns its result; -1 before GetPhoneConnect, after release
-  // or without a connection. The 64-bit values are handed on untouched (integers or pointers of the front end).
+  // or without a connection. What was handed over just before ChangeIsp or a release may not reach the phone any more.
+  // The 64-bit values are handed on untouched (integers or pointers of the front end).
 
   // count must not be 0.
   virtual std::int32_t SendInReq3(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,

@@ -79,6 +79,8 @@ void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation sin
   RecordMilestoneNow("startConnect");
 
   InitWS(info.endpoints, since);
+  // Released meanwhile, and perhaps initialised anew for another phone, of which this record says nothing.
+  if (generation != since) return;
   status.FillIfMade([&info](Status& data) {
     data.sessionId = info.sessionId;
     data.wsDomain = info.endpoints.webSocketDomain;

@@ -1,0 +1,46 @@
+// A SQLite file in the data directory that a service keeps something in, and can do without.
+//
+// Opened at the first use, and anew when the data directory has changed or the file has been taken away. When it cannot
+// be used, the operation that wanted it fails, and one log line names the reason, not one for each operation. A corrupt
+// file is moved aside to a name ending in ".corrupt", where it replaces an earlier one, and the next use makes a new
+// one.
+//
+// Threads: Use from any thread; one at a time is served. Ownership: holds the connection until it is destroyed.
+#ifndef REFERENCE_COMMON_SQLITE_STORE_H
+#define REFERENCE_COMMON_SQLITE_STORE_H
+
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "reference/common/sqlite.h"
+
+namespace reference::sqlite {
+
+class Store {
+ public:
+  // tag: begins the log lines. setup: see Connection. The texts are literals.
+  Store(const char* tag, const char* fileName, const char* setup) : tag(tag), fileName(fileName), setup(setup) {}
+
+  // Calls work with the open connection; false when there is none or work throws. Never throws.
+  bool Use(const std::function<void(Connection&)>& work) noexcept;
+
+ private:
+  void TryLocked(const std::function<void(Connection&)>& work);
+  void OpenLocked(const std::filesystem::path& file);
+
+  const char* const tag;
+  const char* const fileName;
+  const char* const setup;
+
+  std::mutex connectionMutex;
+  std::filesystem::path openFile;
+  std::optional<Connection> connection;
+  std::string lastFailure;
+};
+
+}  // namespace reference::sqlite
+
+#endif

@@ -1,0 +1,136 @@
+#include "reference/pass_interface/http_transfer.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "reference/pass_interface/pass_result.h"
+
+namespace pass_interface {
+namespace {
+
+constexpr std::uint32_t kHttpOk = 200;
+
+// The reason may quote what a certificate or a proxy says; a line break in it would forge a log line.
+std::string Printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7f; }, '?');
+  return text;
+}
+
+}  // namespace
+
+HttpTransfer::HttpTransfer(std::string body, Done done)
+    : body(std::move(body)), done(std::move(done)), easy(curl_easy_init()) {}
+
+HttpTransfer::~HttpTransfer() {
+  if (multi != nullptr) curl_multi_remove_handle(multi, easy.get());
+}
+
+std::unique_ptr<HttpTransfer> HttpTransfer::Post(const HttpSettings& settings, const std::string& url, std::string body,
+                                                 Done done) {
+  std::unique_ptr<HttpTransfer> transfer(new HttpTransfer(std::move(body), std::move(done)));
+  if (!transfer->easy || !transfer->Configure(settings, url)) return nullptr;
+  return transfer;
+}
+
+bool HttpTransfer::Configure(const HttpSettings& settings, const std::string& url) {
+  bool accepted = true;
+  const auto set = [&](CURLoption option, auto value) {
+    accepted = curl_easy_setopt(easy.get(), option, value) == CURLE_OK && accepted;
+  };
+  headers.reset(curl_slist_append(nullptr, "Content-Type: application/json"));
+  if (!headers) return false;
+
+  set(CURLOPT_PRIVATE, this);
+  set(CURLOPT_ERRORBUFFER, reason);
+  set(CURLOPT_NOSIGNAL, 1L);
+  // A look-up of a name that hangs must not hold up a stop.
+  set(CURLOPT_QUICK_EXIT, 1L);
+  set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings.connectTimeOutMs));
+  set(CURLOPT_TIMEOUT_MS, static_cast<long>(settings.requestTimeOutMs));
+
+  set(CURLOPT_URL, url.c_str());
+  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_FOLLOWLOCATION, 0L);
+  // Empty texts rather than none, which would let the process's environment choose.
+  set(CURLOPT_PROXY, settings.proxy.c_str());
+  set(CURLOPT_NOPROXY, "");
+
+  set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  set(CURLOPT_SSL_VERIFYPEER, 1L);
+  set(CURLOPT_SSL_VERIFYHOST, 2L);
+  if (settings.authorityFile.empty()) {
+    // Means something on Windows only, where OpenSSL finds no authorities by itself.
+    set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_NATIVE_CA));
+  } else {
+    set(CURLOPT_CAINFO, settings.authorityFile.c_str());
+    // The system's directory would be searched as well.
+    set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+  }
+
+  set(CURLOPT_POST, 1L);
+  set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  set(CURLOPT_POSTFIELDS, body.c_str());
+  set(CURLOPT_HTTPHEADER, headers.get());
+  set(CURLOPT_WRITEFUNCTION, &HttpTransfer::Receive);
+  set(CURLOPT_WRITEDATA, this);
+  return accepted;
+}
+
+HttpTransfer* HttpTransfer::Of(CURL* handle) {
+  HttpTransfer* transfer = nullptr;
+  curl_easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
+  return transfer;
+}
+
+CURLMcode HttpTransfer::Join(CURLM* newMulti) {
+  const CURLMcode result = curl_multi_add_handle(newMulti, easy.get());
+  if (result == CURLM_OK) multi = newMulti;
+  return result;
+}
+
+std::uint32_t HttpTransfer::Status() const {
+  long status = 0;
+  curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
+  return static_cast<std::uint32_t>(status);
+}
+
+// Less than it was given makes libcurl end the transfer.
+std::size_t HttpTransfer::Receive(char* bytes, std::size_t size, std::size_t count, void* transfer) noexcept {
+  auto& self = *static_cast<HttpTransfer*>(transfer);
+  const std::size_t length = size * count;
+  self.tooLong = length > kMaximumAnswerBytes - self.received.size();
+  if (self.tooLong) return 0;
+  try {
+    self.received.append(bytes, length);
+  } catch (const std::exception&) {
+    return 0;
+  }
+  return length;
+}
+
+void HttpTransfer::Finish(CURLcode result) {
+  HttpAnswer answer;
+  answer.status = Status();
+  // The body of another status is not looked at, so its length does not matter either.
+  if (result == CURLE_OK || (tooLong && answer.status != kHttpOk)) {
+    if (answer.status == kHttpOk) answer.body = std::move(received);
+  } else if (tooLong) {
+    answer.transportResult = kAnswerTooLong;
+    answer.problem = "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
+  } else {
+    answer.transportResult = result;
+    answer.problem = Printable(reason[0] != '\0' ? reason : curl_easy_strerror(result));
+  }
+  done(std::move(answer));
+}
+
+void HttpTransfer::FinishUnstarted(CURLMcode code) {
+  HttpAnswer answer;
+  answer.transportResult = kNotStarted;
+  answer.problem = curl_multi_strerror(code);
+  done(std::move(answer));
+}
+
+}  // namespace pass_interface

@@ -1,0 +1,190 @@
+#include "reference/pass_interface/http_worker.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "base/base_log_interface.h"
+#include "base/thread_id.h"
+#include "reference/common/notice_gate.h"
+#include "reference/pass_interface/pass_result.h"
+
+namespace pass_interface {
+namespace {
+
+// libcurl waits shorter when one of its own time-outs comes first, and a wake-up ends any wait.
+constexpr int kLongestWaitMs = 60000;
+
+bool InitialiseLibcurl() {
+  static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  return initialised;
+}
+
+struct MultiDeleter {
+  void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+
+using Transfers = std::vector<std::unique_ptr<HttpTransfer>>;
+
+}  // namespace
+
+class HttpWorker::Loop {
+ public:
+  Loop() : multi(curl_multi_init()) {}
+
+  bool IsUsable() const { return multi != nullptr; }
+  std::int32_t Submit(std::unique_ptr<HttpTransfer> transfer);
+  void Stop();
+  // The thread's function.
+  void Run() noexcept;
+
+ private:
+  bool TakeSubmitted(Transfers& taken);
+  void StartSubmitted(Transfers& taken);
+  void FinishCompleted();
+  void Leave();
+  void Wait();
+
+  // The only libcurl call that other threads make on it is the wake-up.
+  const std::unique_ptr<CURLM, MultiDeleter> multi;
+  // The thread's own.
+  Transfers active;
+
+  std::mutex queueMutex;
+  // Guarded by queueMutex.
+  Transfers submitted;
+  std::size_t outstanding = 0;
+  bool stopping = false;
+};
+
+std::int32_t HttpWorker::Loop::Submit(std::unique_ptr<HttpTransfer> transfer) {
+  {
+    const std::lock_guard<std::mutex> lock(queueMutex);
+    if (stopping) return kStopped;
+    if (outstanding >= kMaximumOutstandingRequests) return kTooManyRequests;
+    submitted.push_back(std::move(transfer));
+    ++outstanding;
+  }
+  curl_multi_wakeup(multi.get());
+  return 0;
+}
+
+void HttpWorker::Loop::Stop() {
+  {
+    const std::lock_guard<std::mutex> lock(queueMutex);
+    stopping = true;
+  }
+  curl_multi_wakeup(multi.get());
+}
+
+void HttpWorker::Loop::Run() noexcept {
+  try {
+    Transfers taken;
+    while (TakeSubmitted(taken)) {
+      StartSubmitted(taken);
+      int running = 0;
+      curl_multi_perform(multi.get(), &running);
+      FinishCompleted();
+      Wait();
+    }
+  } catch (const std::exception& problem) {
+    base::IBaseLogInterface::GetLogInstance()->WriteLog(
+        60, base::GetTid(), "[REFERENCE_PASS_INTERFACE]the HTTP thread has ended: %s", problem.what());
+  }
+  Stop();
+  active.clear();
+}
+
+bool HttpWorker::Loop::TakeSubmitted(Transfers& taken) {
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  taken.swap(submitted);
+  return !stopping;
+}
+
+void HttpWorker::Loop::StartSubmitted(Transfers& taken) {
+  for (std::unique_ptr<HttpTransfer>& transfer : taken) {
+    const CURLMcode result = transfer->Join(multi.get());
+    if (result == CURLM_OK) {
+      active.push_back(std::move(transfer));
+    } else {
+      Leave();
+      transfer->FinishUnstarted(result);
+    }
+  }
+  taken.clear();
+}
+
+void HttpWorker::Loop::FinishCompleted() {
+  int left = 0;
+  while (const CURLMsg* message = curl_multi_info_read(multi.get(), &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    const CURLcode result = message->data.result;
+    const HttpTransfer* finished = HttpTransfer::Of(message->easy_handle);
+    const auto found = std::find_if(active.begin(), active.end(),
+                                    [finished](const auto& candidate) { return candidate.get() == finished; });
+    if (found == active.end()) continue;
+    const std::unique_ptr<HttpTransfer> transfer = std::move(*found);
+    active.erase(found);
+    Leave();
+    transfer->Finish(result);
+  }
+}
+
+// Before the callback, which may want to issue the next request.
+void HttpWorker::Loop::Leave() {
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  --outstanding;
+}
+
+void HttpWorker::Loop::Wait() {
+  if (curl_multi_poll(multi.get(), nullptr, 0, kLongestWaitMs, nullptr) == CURLM_OK) return;
+  // Out of memory or descriptors. Without a pause the thread would spin until there are some again.
+  std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
+std::unique_ptr<HttpWorker> HttpWorker::Start() {
+  if (!InitialiseLibcurl()) return nullptr;
+  auto loop = std::make_shared<Loop>();
+  if (!loop->IsUsable()) return nullptr;
+  std::unique_ptr<HttpWorker> worker(new HttpWorker(loop));
+  try {
+    worker->thread = std::thread([loop = std::move(loop)] { loop->Run(); });
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
+  return worker;
+}
+
+HttpWorker::HttpWorker(std::shared_ptr<Loop> loop) : loop(std::move(loop)) {}
+
+HttpWorker::~HttpWorker() {
+  RequestStop();
+  Join();
+}
+
+std::int32_t HttpWorker::Submit(std::unique_ptr<HttpTransfer> transfer) {
+  return loop->Submit(std::move(transfer));
+}
+
+void HttpWorker::RequestStop() {
+  loop->Stop();
+}
+
+void HttpWorker::Join() {
+  std::thread ending;
+  {
+    const std::lock_guard<std::mutex> lock(threadMutex);
+    ending.swap(thread);
+  }
+  if (!ending.joinable()) return;
+  if (ending.get_id() == std::this_thread::get_id() || reference::NoticeScope::IsInside()) {
+    ending.detach();
+  } else {
+    ending.join();
+  }
+}
+
+}  // namespace pass_interface

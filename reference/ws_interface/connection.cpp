@@ -1,0 +1,228 @@
+// The way of one connection, on the I/O thread. Every step that reports something ends there when the report ended the
+// connection.
+#include "reference/ws_interface/connection.h"
+
+#include <exception>
+#include <random>
+#include <utility>
+#include <variant>
+
+#include "reference/ws_interface/log.h"
+
+namespace reference::ws {
+namespace {
+
+constexpr std::uint32_t kDisconnected = 0;
+constexpr std::uint32_t kConnecting = 1;
+constexpr std::uint32_t kConnected = 2;
+constexpr std::int32_t kStepConnected = 0;
+constexpr std::int32_t kStepResolved = 5;
+constexpr std::int32_t kDefaultFormat = 264;
+
+}  // namespace
+
+Connection::Connection(ConnectionSettings settings, std::weak_ptr<ws_interface::IWSInterfaceNotic> sink,
+                       std::shared_ptr<Reactor> reactor)
+    : settings(std::move(settings)),
+      name(Url(this->settings.endpoint)),
+      reactor(std::move(reactor)),
+      gate(std::move(sink)),
+      sessionId(this->settings.auth.sessionId),
+      backoff(std::random_device()()),
+      video(this->settings.video) {}
+
+void Connection::Start() {
+  reactor->Post([self = shared_from_this()] {
+    if (self->gate.IsClosed()) return;
+    self->timer = self->reactor->MakeTimer();
+    self->BeginAttempt();
+  });
+}
+
+void Connection::Close() {
+  outbox.End();
+  reactor->Post([self = shared_from_this()] { self->Shutdown(); });
+  gate.Close();
+}
+
+void Connection::Shutdown() {
+  phase = Phase::kEnded;
+  outbox.End();
+  if (transport) transport->Close();
+  transport.reset();
+  timer.reset();
+}
+
+template <class Call>
+bool Connection::Report(Call&& call) {
+  bool sinkLives = true;
+  try {
+    sinkLives = gate.Deliver(std::forward<Call>(call));
+  } catch (const std::exception& exception) {
+    LogFailure(name + ": a notice threw: " + Printable(exception.what()));
+  } catch (...) {
+    LogFailure(name + ": a notice threw something that is no std::exception");
+  }
+  if (sinkLives && !gate.IsClosed()) return true;
+  Shutdown();
+  return false;
+}
+
+bool Connection::ReportState(std::uint32_t state) {
+  return Report([state](auto& sink) { sink.OnConnectState(state); });
+}
+
+void Connection::BeginAttempt() {
+  phase = Phase::kConnecting;
+  firstFrameSeen = false;
+  writing = false;
+  if (!ReportState(kConnecting)) return;
+  transport = reactor->MakeTransport(settings.endpoint, settings.keepAlive);
+  StartTimer(settings.timeout);
+  transport->Open(weak_from_this());
+}
+
+void Connection::OnResolved() {
+  Report([](auto& sink) { sink.OnConnectStep(kStepResolved); });
+}
+
+void Connection::OnOpen() {
+  if (!Report([](auto& sink) { sink.OnConnectStep(kStepConnected); })) return;
+  phase = Phase::kAuthenticating;
+  StartTimer(settings.timeout);
+  Authenticate();
+}
+
+void Connection::Authenticate() {
+  AuthRequest request = settings.auth;
+  {
+    const std::lock_guard<std::mutex> lock(sessionMutex);
+    request.sessionId = sessionId;
+  }
+  authenticatedSessionId = request.sessionId;
+  WriteOwn(EncodeAuth(request));
+}
+
+void Connection::OnText(std::string_view text) {
+  std::visit([this](const auto& message) { Handle(message); }, DecodeMessage(text));
+}
+
+void Connection::Handle(const Malformed& malformed) {
+  Lost("malformed message: " + malformed.fault);
+}
+
+void Connection::Handle(const AuthAnswer& answer) {
+  if (phase != Phase::kAuthenticating) return Lost("authRsp without auth");
+  if (answer.code != 0) return Refused(answer);
+
+  LogInformation(name + ": connected and authenticated");
+  backoff.Reset();
+  std::int32_t format = kDefaultFormat;
+  if (!Report([&](auto& sink) { format = sink.OnAuthRsp(0, 0, 0, answer.formats.c_str()); })) return;
+  phase = Phase::kAwaitingPlay;
+  StartTimer(settings.timeout);
+  WriteOwn(EncodePlay(format, video));
+  outbox.Open();
+  {
+    // A session renewed while the authentication was under way has not reached the cloud yet.
+    const std::lock_guard<std::mutex> lock(sessionMutex);
+    if (sessionId != authenticatedSessionId) Queue(EncodeSession(sessionId));
+  }
+  ReportState(kConnected);
+}
+
+void Connection::Refused(const AuthAnswer& answer) {
+  LogFailure(name + ": authentication refused with code " + std::to_string(answer.code) + ", no further attempt");
+  DropTransport();
+  phase = Phase::kEnded;
+  if (!Report([&](auto& sink) { sink.OnErrorCode(answer.code, answer.message.c_str()); })) return;
+  if (ReportState(kDisconnected)) Shutdown();
+}
+
+void Connection::Handle(const PlayAnswer& answer) {
+  if (phase != Phase::kAwaitingPlay) return Lost("playRsp without play");
+  phase = Phase::kStreaming;
+  timer->Cancel();
+  Report([&](auto& sink) { DeliverPlayAnswer(answer, sink); });
+}
+
+void Connection::Handle(const Notice& notice) {
+  if (phase < Phase::kAwaitingPlay) return Lost("notice before authRsp");
+  if (const auto inForce = VideoParamInForce(notice)) video = *inForce;
+  Report([&](auto& sink) { DeliverNotice(notice, sink); });
+}
+
+void Connection::Handle(const CloudError& error) {
+  if (phase < Phase::kAwaitingPlay) return Lost("error before authRsp");
+  Report([&](auto& sink) { sink.OnErrorCode(error.code, error.message.c_str()); });
+}
+
+void Connection::OnBinary(std::span<const std::uint8_t> bytes) {
+  if (phase != Phase::kStreaming) return Lost("video frame before playRsp");
+  const auto frame = DecodeVideoFrame(bytes);
+  if (!frame) return Lost("malformed video frame: cut short, or of a format other than 264 and 265");
+  // Nothing is rendered here; the first frame only tells that the stream runs.
+  if (std::exchange(firstFrameSeen, true)) return;
+  Report([&](auto& sink) { sink.OnFirstFrame(frame->sequence, frame->time, frame->payloadSize, frame->format); });
+}
+
+void Connection::OnLost(const std::string& reason) {
+  Lost(reason);
+}
+
+void Connection::Lost(const std::string& reason) {
+  LogFailure(name + ": " + reason);
+  DropTransport();
+  phase = Phase::kPausing;
+  if (ReportState(kDisconnected)) StartTimer(backoff.Next());
+}
+
+void Connection::DropTransport() {
+  outbox.Close();
+  timer->Cancel();
+  transport->Close();
+  transport.reset();
+}
+
+void Connection::StartTimer(std::chrono::milliseconds delay) {
+  timer->Start(delay, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->OnTimer();
+  });
+}
+
+void Connection::OnTimer() {
+  const std::string within = " within " + std::to_string(settings.timeout.count()) + " ms";
+  switch (phase) {
+    case Phase::kPausing:
+      return BeginAttempt();
+    case Phase::kConnecting:
+      return Lost(std::string("no open WebSocket") + within + ", still " + transport->Stage());
+    case Phase::kAuthenticating:
+      return Lost("no authRsp" + within);
+    case Phase::kAwaitingPlay:
+      return Lost("no playRsp" + within);
+    case Phase::kStreaming:
+    case Phase::kEnded:
+      return;
+  }
+}
+
+void Connection::WriteOwn(std::string text) {
+  outbox.PushOwn(std::move(text));
+  WriteNext();
+}
+
+void Connection::OnWritten() {
+  writing = false;
+  WriteNext();
+}
+
+void Connection::WriteNext() {
+  // A wake-up may arrive late: after the connection it was meant for, or while its successor is writing already.
+  std::string text;
+  if (writing || !transport || !outbox.Next(text)) return;
+  writing = true;
+  transport->Write(std::move(text));
+}
+
+}  // namespace reference::ws
