@@ -1,0 +1,90 @@
+// When a cached session is used and when it is not.
+#include <fstream>
+
+#include "tests/end_to_end/end_to_end.h"
+
+namespace end_to_end {
+namespace {
+
+struct Change {
+  const char* name;
+  const char* sql;
+  bool isHit;
+};
+
+void PrintTo(const Change& change, std::ostream* out) {
+  *out << change.name;
+}
+
+class ChangedRow : public EndToEnd, public testing::WithParamInterface<Change> {};
+
+TEST_P(ChangedRow, IsUsedOnlyWhenWholeAndValidForTenMinutes) {
+  StartCloud();
+  ASSERT_TRUE(ConnectToFirstFrame());
+  controller->ReleasePhoneConnect();
+  ASSERT_EQ(Sql("session_cache.db", "SELECT count(*) FROM session_cache"), Texts{"1"});
+  Sql("session_cache.db", std::string("UPDATE session_cache SET ") + GetParam().sql);
+
+  ASSERT_TRUE(ConnectToFirstFrame());
+  EXPECT_EQ(Stats().phoneConnects, GetParam().isHit ? 1U : 2U);
+  EXPECT_EQ(Log().find("Hit session cache") != std::string::npos, GetParam().isHit);
+
+  // Whatever was wrong has been replaced by what the service granted.
+  controller->ReleasePhoneConnect();
+  ASSERT_TRUE(ConnectToFirstFrame());
+  EXPECT_EQ(Stats().phoneConnects, GetParam().isHit ? 1U : 2U);
+}
+
+// Replaces one character in the middle, at the start and at the end of the text by another of Base64.
+#define FLIPPED(position)                                                                        \
+  "cipher_text = substr(cipher_text, 1, " position " - 1) || CASE substr(cipher_text, " position \
+  ", 1) WHEN 'A' THEN 'B' ELSE 'A' END || substr(cipher_text, " position " + 1)"
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ChangedRow,
+    testing::Values(Change{"Unchanged", "expiry = expiry", true},
+                    Change{"ElevenMinutesLeft", "expiry = CAST(strftime('%s') AS INTEGER) * 1000 + 660000", true},
+                    Change{"NineMinutesLeft", "expiry = CAST(strftime('%s') AS INTEGER) * 1000 + 540000", false},
+                    Change{"OneCharacterChanged", FLIPPED("(length(cipher_text) / 2)"), false},
+                    Change{"FirstCharacterChanged", FLIPPED("1"), false},
+                    Change{"Cut", "cipher_text = substr(cipher_text, 1, length(cipher_text) / 2)", false},
+                    Change{"Empty", "cipher_text = ''", false}, Change{"NoBase64", "cipher_text = 'no Base64!'", false},
+                    Change{"AnotherKey", "cache_key = cipher_text", false}),
+    [](const auto& tested) { return tested.param.name; });
+
+struct Caching : EndToEnd {};
+
+TEST_F(Caching, ASessionThatTheServiceGrantsForLessThanTenMinutesIsNotUsedAgain) {
+  qv_cloud::CloudOptions options;
+  options.sessionValidity = std::chrono::minutes(9);
+  StartCloud(options);
+  ASSERT_TRUE(ConnectToFirstFrame());
+  controller->ReleasePhoneConnect();
+  ASSERT_TRUE(ConnectToFirstFrame());
+  EXPECT_EQ(Stats().phoneConnects, 2U);
+}
+
+TEST_F(Caching, ADatabaseFileFullOfGarbageCostsARequestAndIsReplaced) {
+  std::ofstream(directory / "session_cache.db", std::ios::binary) << std::string(8192, 'x');
+  std::ofstream(directory / "collector.db", std::ios::binary) << std::string(8192, 'x');
+  StartCloud();
+  ASSERT_TRUE(ConnectToFirstFrame());
+  controller->ReleasePhoneConnect();
+  EXPECT_NE(Log().find("session_cache.db cannot be used"), std::string::npos);
+  ASSERT_TRUE(ConnectToFirstFrame());
+  EXPECT_EQ(Stats().phoneConnects, 1U);
+}
+
+TEST_F(Caching, WithoutAUsableDirectoryItConnectsAllTheSame) {
+  std::filesystem::remove(directory);
+  std::ofstream(directory) << "a file in its place";
+  StartCloud();
+  for (const std::uint64_t requests : {1U, 2U}) {
+    ASSERT_TRUE(ConnectToFirstFrame());
+    EXPECT_EQ(Stats().phoneConnects, requests);
+    controller->ReleasePhoneConnect();
+  }
+}
+
+}  // namespace
+}  // namespace end_to_end

@@ -1,0 +1,151 @@
+#include "tests/end_to_end/end_to_end.h"
+
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+
+#include "reference/common/settings.h"
+
+namespace end_to_end {
+namespace {
+
+struct LogHome {
+  LogHome() : path(NewDirectory()) {
+    qv_data_interface::QvLogParam param;
+    param.level = 0;
+    const std::string text = path.string();
+    if (text.size() >= sizeof(param.path)) throw std::length_error("the temporary directory's name is too long");
+    text.copy(param.path, sizeof(param.path) - 1);
+    param.path[text.size()] = '\0';
+    // One file for the whole run, so that the lines of a test stand behind those of the test before it.
+    param.sizeSetting = 1024 * 1024;
+    qv_data_interface::IQVDataInterface::SetLogParam(&param);
+  }
+  ~LogHome() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+  }
+  LogHome(const LogHome&) = delete;
+  LogHome& operator=(const LogHome&) = delete;
+
+  const std::filesystem::path path;
+};
+
+std::filesystem::path LogFile() {
+  return LogDirectory() / "QV_DATA.log";
+}
+
+}  // namespace
+
+std::filesystem::path NewDirectory() {
+  std::random_device random;
+  const auto path = std::filesystem::temp_directory_path() /
+                    ("qv_end_to_end-" + std::to_string(random()) + "-" + std::to_string(random()));
+  if (!std::filesystem::create_directory(path)) throw std::runtime_error("cannot make " + path.string());
+  return path;
+}
+
+std::string ReadFile(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+}
+
+std::filesystem::path LogDirectory() {
+  static const LogHome home;
+  return home.path;
+}
+
+void EndToEnd::SetUpTestSuite() {
+  LogDirectory();
+}
+
+EndToEnd::EndToEnd()
+    : directory(NewDirectory()),
+      controller(qv_data_interface::IQVDataInterface::Create()),
+      logBegin(std::filesystem::file_size(LogFile())) {
+  reference::SetDataDirectory(directory);
+}
+
+EndToEnd::~EndToEnd() {
+  controller.reset();
+  frontEnd.reset();
+  // A release from inside a notice leaves that notice to end by itself; it must not write to the next test's directory.
+  EXPECT_TRUE(FrontEnd::WaitUntilNoneIsLeft()) << "a front end is still held after its release";
+  cloud.reset();
+  if (HasFailure()) std::cout << "The log of this test:\n" << Log();
+  std::error_code ignored;
+  std::filesystem::remove_all(directory, ignored);
+}
+
+void EndToEnd::StartCloud(qv_cloud::CloudOptions options) {
+  options.onEvent = [this](const std::string& line) { cloudEvents.Add(line); };
+  cloud.emplace(std::move(options));
+  reference::SetAuthorityFile(cloud->AuthorityFile());
+}
+
+void EndToEnd::StartCloud(const qv_cloud::Faults& faults) {
+  qv_cloud::CloudOptions options;
+  options.faults = faults;
+  StartCloud(options);
+}
+
+void EndToEnd::Init(FrontEnd::Reaction reaction) {
+  frontEnd = std::make_shared<FrontEnd>(std::move(reaction));
+  EXPECT_EQ(controller->Init(credential1.c_str(), credential2.c_str(), credential3.c_str(), targetId.c_str(), 0,
+                             frontEnd, &video, &system, kReconnectNumber, cloud->BaseUrl().c_str()),
+            0);
+}
+
+void EndToEnd::Connect(FrontEnd::Reaction reaction) {
+  Init(std::move(reaction));
+  EXPECT_EQ(controller->GetPhoneConnect(), 0);
+}
+
+bool EndToEnd::ConnectToFirstFrame() {
+  Connect();
+  return frontEnd->notices.WaitFor(kFirstFrame);
+}
+
+bool EndToEnd::ReleaseIsPrompt() {
+  const auto begin = std::chrono::steady_clock::now();
+  controller->ReleasePhoneConnect();
+  return std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(500);
+}
+
+bool EndToEnd::CloudSees(const std::function<bool(const qv_cloud::CloudStats&)>& condition) const {
+  return cloud->WaitUntil(condition, kPatience);
+}
+
+bool EndToEnd::CloudHasConnections(std::uint64_t count) const {
+  return CloudSees([count](const qv_cloud::CloudStats& stats) {
+    std::uint64_t now = 0;
+    for (const auto& [line, lineStats] : stats.lines) now += lineStats.now;
+    return now == count;
+  });
+}
+
+std::string EndToEnd::Log() const {
+  return ReadFile(LogFile()).substr(logBegin);
+}
+
+Texts EndToEnd::Sql(const char* file, const std::string& statement) const {
+  Texts rows;
+  const auto keep = [](void* kept, int count, char** columns, char**) {
+    std::string row;
+    for (int i = 0; i < count; ++i) row += (i == 0 ? "" : "|") + std::string(columns[i] != nullptr ? columns[i] : "");
+    static_cast<Texts*>(kept)->push_back(row);
+    return 0;
+  };
+  const std::u8string path = (directory / file).u8string();
+  sqlite3* database = nullptr;
+  EXPECT_EQ(sqlite3_open(reinterpret_cast<const char*>(path.c_str()), &database), SQLITE_OK);
+  sqlite3_busy_timeout(database, 5000);
+  EXPECT_EQ(sqlite3_exec(database, statement.c_str(), keep, &rows, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+  sqlite3_close(database);
+  return rows;
+}
+
+}  // namespace end_to_end

@@ -1,0 +1,134 @@
+// What the end-to-end tests share: a front end that records what it is told, and a fixture that joins the shipped
+// library, the reference services on real disks and sockets, and the loopback cloud.
+//
+// Threads: Record and FrontEnd from any; the fixture belongs to the test's thread. Ownership: the data directory and
+// the log directory go with the fixture and the process.
+#ifndef TESTS_END_TO_END_END_TO_END_H
+#define TESTS_END_TO_END_END_TO_END_H
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qv_data_interface/qv_data_interface.h"
+#include "tools/qv_cloud/cloud.h"
+
+namespace end_to_end {
+
+inline constexpr std::chrono::seconds kPatience{10};
+
+using Texts = std::vector<std::string>;
+
+// An ordered list of texts. WaitFor waits until that many of them begin with the given text; when they do not come in
+// time, it fails the test with the whole list and says false.
+class Record {
+ public:
+  void Add(std::string text);
+  [[nodiscard]] bool WaitFor(const std::string& beginning, std::size_t times = 1) const;
+  std::size_t Count(const std::string& beginning) const;
+  Texts All() const;
+
+ private:
+  std::size_t CountLocked(const std::string& beginning) const;
+
+  mutable std::mutex mutex;
+  mutable std::condition_variable grown;
+  Texts texts;
+};
+
+// Plays 264. The reaction is called with each notice after it was recorded, on the thread of the notice.
+class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
+ public:
+  using Reaction = std::function<void(const std::string& notice)>;
+  explicit FrontEnd(Reaction reaction = {});
+  ~FrontEnd() override;
+  // Whoever delivers a notice holds the front end until the notice has ended.
+  [[nodiscard]] static bool WaitUntilNoneIsLeft();
+
+  Record notices;
+  // The reported states in order: C an attempt begins, S the connection stands, D it is lost.
+  std::string States() const;
+
+  void OnStatus(std::int32_t code, const char* message) override;
+  void OnServiceCode(std::int32_t code, const char* message) override;
+  std::int32_t OnChooseVideoFormat(const std::int32_t* formats, std::uint64_t count) override;
+  void OnPlayRsp(std::uint32_t value1, std::uint64_t value2, std::uint32_t value3, std::uint32_t value4,
+                 std::uint32_t value5, std::uint32_t value6, std::uint32_t value7, std::uint32_t value8,
+                 std::uint32_t value9, std::uint32_t value10) override;
+  void OnFirstFrame(std::uint64_t sequence, std::uint64_t time, std::uint64_t size, std::uint32_t format) override;
+  void OnNotice7() override { Tell("OnNotice7"); }
+  std::int32_t OnNotice8(const char* text) override;
+  void OnVideoParamRsp(std::int32_t result, std::uint64_t value, std::uint16_t frameRate, std::uint32_t bitRate,
+                       std::uint16_t width, std::uint16_t height) override;
+  void OnIspList(const qv_data_interface::IspItem* items, std::uint64_t count) override;
+
+ private:
+  void Tell(const std::string& notice);
+
+  const Reaction reaction;
+};
+
+class EndToEnd : public testing::Test {
+ protected:
+  static void SetUpTestSuite();
+  EndToEnd();
+  ~EndToEnd() override;
+
+  // A new cloud in place of an earlier one; the services trust its authority.
+  void StartCloud(qv_cloud::CloudOptions options = {});
+  void StartCloud(const qv_cloud::Faults& faults);
+  // Init with a new front end; then GetPhoneConnect; then the wait for a first frame. Each fails the test when it
+  // fails.
+  void Init(FrontEnd::Reaction reaction = {});
+  void Connect(FrontEnd::Reaction reaction = {});
+  [[nodiscard]] bool ConnectToFirstFrame();
+  // Releases and says whether that took less than half a second; then no notice may be under way.
+  [[nodiscard]] bool ReleaseIsPrompt();
+
+  [[nodiscard]] bool CloudSees(const std::function<bool(const qv_cloud::CloudStats&)>& condition) const;
+  // Says whether that many signalling connections, and no others, stand at the cloud.
+  [[nodiscard]] bool CloudHasConnections(std::uint64_t count) const;
+  qv_cloud::CloudStats Stats() const { return cloud->Stats(); }
+
+  // The lines written since the test began.
+  std::string Log() const;
+  // Runs one statement on a database of the data directory; each row's columns joined by '|'.
+  Texts Sql(const char* file, const std::string& statement) const;
+
+  std::filesystem::path directory;
+  std::string credential1 = "user", credential2 = "device", credential3 = "token", targetId = "phone-1";
+  qv_data_interface::QvVideoParam video;
+  qv_data_interface::QvDataSystemParam system;
+  static constexpr std::int32_t kReconnectNumber = 7;
+
+  Record cloudEvents;
+  std::optional<qv_cloud::Cloud> cloud;
+  std::shared_ptr<FrontEnd> frontEnd;
+  std::shared_ptr<qv_data_interface::IQVDataInterface> controller;
+
+ private:
+  std::uintmax_t logBegin = 0;
+};
+
+// The status notices as they are recorded, without their texts.
+inline constexpr char kStands[] = "OnStatus 0:";
+inline constexpr char kConnecting[] = "OnStatus 60701003:";
+inline constexpr char kDisconnected[] = "OnStatus 60701002:";
+inline constexpr char kFirstFrame[] = "OnFirstFrame";
+
+std::filesystem::path NewDirectory();
+std::string ReadFile(const std::filesystem::path& file);
+std::filesystem::path LogDirectory();
+
+}  // namespace end_to_end
+
+#endif

@@ -1,0 +1,209 @@
+// Each thing that can go wrong at the cloud: what the front end is told, and that the connection comes back.
+#include <regex>
+#include <type_traits>
+
+#include "tests/end_to_end/end_to_end.h"
+
+namespace end_to_end {
+namespace {
+
+using qv_cloud::CloudStats;
+using qv_cloud::Faults;
+using qv_cloud::HttpAnswer;
+using qv_cloud::kDefaultLine;
+using qv_cloud::Step;
+
+template <class Member>
+Faults With(Member Faults::*member, std::type_identity_t<Member> value) {
+  Faults faults;
+  faults.*member = value;
+  return faults;
+}
+
+struct Case {
+  const char* name;
+  Faults faults;
+  const char* told;    // the status that the front end gets, or the order of the states that it is told of
+  const char* logged;  // part of a log line
+};
+
+std::string NameOf(const testing::TestParamInfo<Case>& tested) {
+  return tested.param.name;
+}
+
+void PrintTo(const Case& tested, std::ostream* out) {
+  *out << tested.name;
+}
+
+class FailingPhoneConnect : public EndToEnd, public testing::WithParamInterface<Case> {};
+
+TEST_P(FailingPhoneConnect, IsReportedOnceAndTheNextOneSucceeds) {
+  system.httpValue2 = 1000;
+  StartCloud(GetParam().faults);
+  Connect();
+  ASSERT_TRUE(frontEnd->notices.WaitFor(GetParam().told));
+  EXPECT_EQ(controller->SendInReq4(1, 2), -1);
+  EXPECT_EQ(controller->GetPhoneConnect(), -1);
+  EXPECT_TRUE(ReleaseIsPrompt());
+  EXPECT_EQ(frontEnd->notices.All(), Texts{GetParam().told});
+  EXPECT_EQ(Stats().lines[kDefaultLine].attempts, 0U);
+  EXPECT_EQ(Stats().phoneConnects, 1U);
+  EXPECT_NE(Log().find(GetParam().logged), std::string::npos);
+
+  cloud->SetFaults({});
+  EXPECT_TRUE(ConnectToFirstFrame());
+}
+
+constexpr char kNoAnswer[] = "OnStatus 60702001: Http Req for phone-connect failed";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, FailingPhoneConnect,
+    testing::Values(Case{"RefusedWithACode", With(&Faults::refuseConnect, 60301005),
+                         "OnStatus 60301005: phone connect refused",
+                         "GetPhoneConnect get http code [60301005][phone connect refused]"},
+                    Case{"Status500", With(&Faults::httpStatus, 500),
+                         "OnStatus 60702002: Http Req for phone-connect can not get 200",
+                         "get http code [500]; Error code[60702002]"},
+                    Case{"Garbage", With(&Faults::httpAnswer, HttpAnswer::garbage), kNoAnswer, "phone-connect"},
+                    Case{"TooLate", With(&Faults::httpLateMs, 3000), kNoAnswer, "timed out"},
+                    Case{"NoAnswer", With(&Faults::httpAnswer, HttpAnswer::never), kNoAnswer, "timed out"},
+                    Case{"Closed", With(&Faults::httpAnswer, HttpAnswer::closed), kNoAnswer, "phone-connect"}),
+    NameOf);
+
+class FailingConnection : public EndToEnd, public testing::WithParamInterface<Case> {};
+
+TEST_P(FailingConnection, IsTriedAgainUntilItStands) {
+  system.wsManagerValue = 1000;
+  StartCloud(GetParam().faults);
+  Connect();
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
+  const bool reachesFrames = GetParam().faults.closeAt == Step::firstFrame;
+  const std::size_t frames = frontEnd->notices.Count(kFirstFrame);
+  EXPECT_EQ(frames > 0, reachesFrames);
+
+  cloud->SetFaults({});
+  // An attempt may be caught half-way by the change, and fail still.
+  ASSERT_TRUE(CloudSees([](const CloudStats& stats) { return stats.framesSent > 10; }));
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, frames + 1));
+  EXPECT_TRUE(std::regex_match(frontEnd->States(), std::regex(GetParam().told))) << frontEnd->States();
+  EXPECT_NE(Log().find(GetParam().logged), std::string::npos);
+  EXPECT_EQ(Stats().phoneConnects, 1U);
+  EXPECT_TRUE(CloudHasConnections(1));
+}
+
+constexpr char kNeverStood[] = "(CD){2,}(CSD)?CS";
+constexpr char kStood[] = "(CSD){2,}CS";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, FailingConnection,
+    testing::Values(Case{"ClosedAtOnce", With(&Faults::closeAt, Step::accept), kNeverStood, "wss://localhost"},
+                    Case{"ClosedAfterTls", With(&Faults::closeAt, Step::tls), kNeverStood, "wss://localhost"},
+                    Case{"ClosedAfterTheUpgrade", With(&Faults::closeAt, Step::upgrade), kNeverStood, "wss://"},
+                    Case{"ClosedInsteadOfTheAuthAnswer", With(&Faults::closeAt, Step::auth), kNeverStood, "wss://"},
+                    Case{"ClosedInsteadOfThePlayAnswer", With(&Faults::closeAt, Step::play), kStood, "wss://"},
+                    Case{"ClosedAfterTheFirstFrame", With(&Faults::closeAt, Step::firstFrame), kStood, "wss://"},
+                    Case{"NoAuthAnswer", With(&Faults::silentAt, Step::auth), kNeverStood, "no authRsp within 1000 ms"},
+                    Case{"NoPlayAnswer", With(&Faults::silentAt, Step::play), kStood, "no playRsp within 1000 ms"},
+                    Case{"GarbageForAuth", With(&Faults::garbageAt, Step::auth), kNeverStood, "malformed message"},
+                    Case{"GarbageAfterPlay", With(&Faults::garbageAt, Step::play), kStood, "malformed message"}),
+    NameOf);
+
+struct Faulty : EndToEnd {
+  Faults ErrorAfterFiveFrames(std::uint32_t code) {
+    Faults faults;
+    faults.errorCode = code;
+    faults.errorAfterFrames = 5;
+    return faults;
+  }
+};
+
+TEST_F(Faulty, AnExpiredSessionIsRenewedAndTheFramesGoOn) {
+  StartCloud(ErrorAfterFiveFrames(qv_cloud::kSessionExpired));
+  ASSERT_TRUE(ConnectToFirstFrame());
+  ASSERT_TRUE(CloudSees([](const CloudStats& stats) { return stats.renewals == 1 && stats.framesSent > 15; }));
+  EXPECT_EQ(Stats().refreshes, 1U);
+  EXPECT_EQ(frontEnd->notices.Count("OnStatus"), 2U) << "connecting and success only";
+  EXPECT_EQ(frontEnd->States(), "CS");
+}
+
+class FailingRefresh : public EndToEnd, public testing::WithParamInterface<Case> {};
+
+// Only a refusal ends the connection.
+TEST_P(FailingRefresh, IsReported) {
+  StartCloud();
+  ASSERT_TRUE(ConnectToFirstFrame());
+  Faults faults = GetParam().faults;
+  faults.errorCode = qv_cloud::kSessionExpired;
+  cloud->SetFaults(faults);
+  ASSERT_TRUE(frontEnd->notices.WaitFor(GetParam().told));
+  EXPECT_EQ(frontEnd->notices.Count("OnStatus 6"), 2U) << "connecting, and this";
+  EXPECT_EQ(frontEnd->States(), "CS");
+  const bool isRefused = faults.refuseRefresh != 0;
+  EXPECT_TRUE(CloudHasConnections(isRefused ? 0 : 1));
+  EXPECT_EQ(controller->SendInReq4(1, 2), isRefused ? -1 : 0);
+  EXPECT_NE(Log().find(GetParam().logged), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, FailingRefresh,
+    testing::Values(Case{"Refused", With(&Faults::refuseRefresh, 60301007), "OnStatus 60301007: refresh refused",
+                         "OnRefreshSessionRsp get http code [60301007]"},
+                    Case{"Status503", With(&Faults::httpStatus, 503),
+                         "OnStatus 60702004: Http Req for refresh-session can not get 200",
+                         "OnRefreshSessionRsp get http code [503]"},
+                    Case{"Closed", With(&Faults::httpAnswer, HttpAnswer::closed),
+                         "OnStatus 60702003: Http Req for refresh-session failed", "OnRefreshSessionRsp failed"}),
+    NameOf);
+
+TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
+  StartCloud(ErrorAfterFiveFrames(60102029));
+  ASSERT_TRUE(ConnectToFirstFrame());
+  EXPECT_TRUE(frontEnd->notices.WaitFor("OnServiceCode 60102029: reported by the cloud"));
+  cloud->SetFaults(ErrorAfterFiveFrames(60102030));
+  EXPECT_TRUE(frontEnd->notices.WaitFor("OnStatus 60102030: reported by the cloud"));
+  EXPECT_EQ(frontEnd->notices.Count("OnStatus 60102029"), 0U);
+  EXPECT_EQ(frontEnd->States(), "CS");
+}
+
+TEST_F(Faulty, ADroppedConnectionIsBuiltAnewAndTakesCommandsAgain) {
+  StartCloud(With(&Faults::dropAfterFrames, 5));
+  ASSERT_TRUE(ConnectToFirstFrame());
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));
+  EXPECT_EQ(frontEnd->States(), "CSDCS");
+  EXPECT_EQ(controller->SendInReq4(3, 4), 0);
+  EXPECT_TRUE(CloudSees([](const CloudStats& stats) { return stats.commands.size() == 3; }))
+      << "the number of reconnects for each connection, and the command";
+  EXPECT_EQ(Stats().commands.back().args, "[3,4]");
+}
+
+TEST_F(Faulty, ASessionThatIsNoLongerValidIsReportedWithoutAStormOfAttempts) {
+  Faults faults;
+  faults.expireSessions = true;
+  faults.dropAfterFrames = 5;
+  StartCloud(faults);
+  ASSERT_TRUE(ConnectToFirstFrame());
+  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60101001: session unknown or expired"));
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
+  EXPECT_EQ(frontEnd->States(), "CSDCD");
+  // Ten times the longest first pause before an attempt.
+  EXPECT_FALSE(cloud->WaitUntil([](const CloudStats& stats) { return stats.authentications > 2; },
+                                std::chrono::milliseconds(1000)));
+  EXPECT_EQ(Stats().refusedAuthentications, 1U);
+  EXPECT_LT(controller->SendInReq4(1, 2), 0);
+}
+
+TEST_F(Faulty, APeerThatDoesNotReadMakesCommandsFailInsteadOfWaiting) {
+  StartCloud(With(&Faults::stopReading, true));
+  ASSERT_TRUE(ConnectToFirstFrame());
+  const std::string text(4000, 'x');
+  std::int32_t result = 0;
+  for (int sent = 0; result == 0 && sent < 100000; ++sent) result = controller->SendInReq9(text.c_str());
+  EXPECT_LT(result, -1) << "a code of the connection's own";
+  EXPECT_EQ(frontEnd->States(), "CS");
+  EXPECT_TRUE(ReleaseIsPrompt());
+  cloud->SetFaults({});
+  EXPECT_TRUE(ConnectToFirstFrame());
+}
+
+}  // namespace
+}  // namespace end_to_end

@@ -1,0 +1,103 @@
+// One list of every call that the library makes to its surroundings, in order, whichever fake it reaches.
+//
+// Threads: all of it may be used from any thread. Ownership: one recorder for the process; it lives for ever, since the
+// library calls out before main.
+#ifndef TESTS_LIBRARY_FAKES_RECORDER_H
+#define TESTS_LIBRARY_FAKES_RECORDER_H
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace fakes {
+
+class Recorder {
+ public:
+  static Recorder& Get() {
+    static auto* const recorder = new Recorder;
+    return *recorder;
+  }
+
+  void Add(const std::string& call) {
+    if (muted.load(std::memory_order_relaxed)) return;
+    std::function<void()> action;
+    {
+      const std::lock_guard lock(mutex);
+      calls.push_back(call);
+      ++counts[call];
+      const auto found = std::find_if(actions.begin(), actions.end(),
+                                      [&call](const auto& entry) { return call.rfind(entry.first, 0) == 0; });
+      if (found == actions.end()) return;
+      action = std::move(found->second);
+      actions.erase(found);
+    }
+    action();
+  }
+  // The calls since the last Take.
+  std::vector<std::string> Take() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(calls, {});
+  }
+  // Runs the action once, right after the next call that begins with this text was recorded and on the thread of that
+  // call, with nothing locked.
+  void At(const std::string& call, std::function<void()> action) {
+    const std::lock_guard lock(mutex);
+    actions.emplace_back(call, std::move(action));
+  }
+  // While muted nothing is recorded and no lock is taken, so that the recorder orders no threads.
+  void Mute(bool value) { muted.store(value, std::memory_order_relaxed); }
+  // Forgets calls and actions, between tests.
+  void Reset() {
+    Mute(false);
+    const std::lock_guard lock(mutex);
+    if (!std::exchange(resetBefore, true)) callsBeforeMain = calls;
+    calls.clear();
+    actions.clear();
+  }
+
+  std::vector<std::string> CallsBeforeMain() const { return callsBeforeMain; }
+  // How often this very call was made since the process began.
+  int CountEver(const std::string& call) {
+    const std::lock_guard lock(mutex);
+    return counts[call];
+  }
+
+ private:
+  std::atomic<bool> muted = false;
+  std::mutex mutex;
+  std::vector<std::string> calls;
+  std::vector<std::pair<std::string, std::function<void()>>> actions;
+  std::map<std::string, int> counts;
+  std::vector<std::string> callsBeforeMain;
+  bool resetBefore = false;
+};
+
+inline void Print(std::ostream& out, const char* text) {
+  out << (text ? text : "null");
+}
+template <class Value>
+void Print(std::ostream& out, const Value& value) {
+  out << value;
+}
+
+// Adds "operation(argument, ...)".
+template <class... Arguments>
+void Record(const char* operation, const Arguments&... arguments) {
+  std::ostringstream line;
+  line << operation << '(';
+  [[maybe_unused]] const char* separator = "";
+  ((line << separator, Print(line, arguments), separator = ", "), ...);
+  line << ')';
+  Recorder::Get().Add(line.str());
+}
+
+}  // namespace fakes
+
+#endif

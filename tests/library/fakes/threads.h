@@ -1,0 +1,84 @@
+// Threads that meet at chosen calls. Every wait is bounded: one in vain ends the process with a message.
+#ifndef TESTS_LIBRARY_FAKES_THREADS_H
+#define TESTS_LIBRARY_FAKES_THREADS_H
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "tests/library/fakes/recorder.h"
+
+namespace fakes {
+
+class Event {
+ public:
+  void Set() {
+    const std::lock_guard lock(mutex);
+    isSet = true;
+    changed.notify_all();
+  }
+  void Wait(const std::string& what) {
+    std::unique_lock lock(mutex);
+    if (changed.wait_for(lock, std::chrono::seconds(20), [this] { return isSet; })) return;
+    std::cerr << "waited in vain for " << what << std::endl;
+    std::abort();
+  }
+
+ private:
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isSet = false;
+};
+
+// Holds the thread that makes the next such call until Resume.
+class Pause {
+ public:
+  explicit Pause(const std::string& call) : call(call) {
+    Recorder::Get().At(call, [call, events = events] {
+      events->first.Set();
+      events->second.Wait("the end of the pause at " + call);
+    });
+  }
+  Pause(const Pause&) = delete;
+  Pause& operator=(const Pause&) = delete;
+  ~Pause() { Resume(); }
+  void WaitUntilReached() { events->first.Wait(call); }
+  void Resume() { events->second.Set(); }
+
+ private:
+  std::string call;
+  std::shared_ptr<std::pair<Event, Event>> events = std::make_shared<std::pair<Event, Event>>();
+};
+
+// Runs work on a thread of its own; Finish waits for its end.
+class Worker {
+ public:
+  explicit Worker(std::function<void()> work)
+      : thread([this, work = std::move(work)] {
+          work();
+          done.Set();
+        }) {}
+  Worker(const Worker&) = delete;
+  Worker& operator=(const Worker&) = delete;
+  ~Worker() { Finish(); }
+  void Finish() {
+    if (!thread.joinable()) return;
+    done.Wait("the end of a thread");
+    thread.join();
+  }
+
+ private:
+  Event done;
+  std::thread thread;
+};
+
+}  // namespace fakes
+
+#endif

@@ -1,0 +1,124 @@
+// The fixture of the library's tests: one controller on recorded fakes, and verbs for what a front end and the services
+// do with it.
+#ifndef TESTS_LIBRARY_LIBRARY_TEST_H
+#define TESTS_LIBRARY_LIBRARY_TEST_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "pass_interface/instance_info.h"
+#include "qv_data_interface/qv_data_interface.h"
+#include "tests/library/fakes/front_end.h"
+#include "tests/library/fakes/recorder.h"
+#include "tests/library/fakes/services.h"
+
+namespace library_test {
+
+using Calls = std::vector<std::string>;
+using pass_interface::InstanceInfo;
+using Status = pass_interface::MessageCollectStatusData;
+using ws_interface::IWSInterfaceNotic;
+
+inline std::int64_t Now() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+inline constexpr std::int64_t kFarExpiry = 9000000000000;
+
+// A granted session with a default line and two carrier lines.
+inline InstanceInfo MakeInfo(const std::string& sessionId = "session-1") {
+  InstanceInfo info;
+  info.requestTag = "tag-1";
+  info.code = 0;
+  info.sessionId = sessionId;
+  info.sessionSignExpireTime = kFarExpiry;
+  info.endpoints.webSocketDomain = "10.0.0.7";
+  info.endpoints.webSocketPort = 8443;
+  info.subStreamInfoList = {{1, "one", {"", 0, "", 0, "10.1.0.1", 81}}, {2, "two", {"", 0, "", 0, "10.2.0.1", 82}}};
+  return info;
+}
+
+struct LibraryTest : testing::Test {
+  LibraryTest() {
+    fakes::Recorder::Get().Reset();
+    fakes::ResetServices();
+    controller = qv_data_interface::IQVDataInterface::Create();
+    Take();
+  }
+
+  Calls Take() { return fakes::Recorder::Get().Take(); }
+  void At(const std::string& call, std::function<void()> action) { fakes::Recorder::Get().At(call, std::move(action)); }
+  static fakes::Services& Services() { return fakes::State(); }
+
+  std::int32_t Init() {
+    return controller->Init(credential1, credential2, credential3, targetId, modeFlag, frontEnd, videoParam,
+                            systemParam, reconnectNumber, baseUrl);
+  }
+  void InitReady() {
+    ASSERT_EQ(Init(), 0);
+    Take();
+  }
+  // A connect that asks the service.
+  void ConnectMiss() {
+    ASSERT_EQ(controller->GetPhoneConnect(), 0);
+    Take();
+  }
+  void Answer(std::int32_t transportResult, std::uint32_t httpStatus, const InstanceInfo& info) {
+    PassSink()->OnPhoneConnectRsp(transportResult, httpStatus, std::make_shared<InstanceInfo>(info));
+  }
+  void Grant(const InstanceInfo& info = MakeInfo()) { Answer(0, 200, info); }
+  void Connect(const InstanceInfo& info = MakeInfo()) {
+    InitReady();
+    ConnectMiss();
+    Grant(info);
+    Take();
+  }
+
+  static std::shared_ptr<pass_interface::IPassInterfaceNotic> PassSink() { return Services().passSink.lock(); }
+  // The sink of the newest connection.
+  static std::shared_ptr<IWSInterfaceNotic> WsSink() { return Services().connections.back().sink.lock(); }
+  static const fakes::CreatedConnection& LastConnection() { return Services().connections.back(); }
+  static Status LastStatus() { return fakes::StatusOf(*Services().messages.back()); }
+
+  // What the controller's status has gathered so far. Leaves no call behind.
+  Status Gathered() {
+    const Calls before = Take();
+    Internal().SendMessageCollect(0, 0, 0, "", "");
+    Take();
+    for (const std::string& call : before) fakes::Recorder::Get().Add(call);
+    Status status = LastStatus();
+    Services().messages.pop_back();
+    return status;
+  }
+  qv_data_interface::IQVInternalDataInterface& Internal() {
+    return dynamic_cast<qv_data_interface::IQVInternalDataInterface&>(*controller);
+  }
+  // The controller itself as a sink; works before Init and after a release, too.
+  IWSInterfaceNotic& Notices() { return dynamic_cast<IWSInterfaceNotic&>(*controller); }
+
+  const char* credential1 = "credential-1";
+  const char* credential2 = "credential-2";
+  const char* credential3 = "credential-3";
+  const char* targetId = "phone-1";
+  std::int32_t modeFlag = 0;
+  std::shared_ptr<fakes::FrontEnd> frontEnd = std::make_shared<fakes::FrontEnd>();
+  qv_data_interface::QvVideoParam video;
+  qv_data_interface::QvDataSystemParam system;
+  const qv_data_interface::QvVideoParam* videoParam = &video;
+  const qv_data_interface::QvDataSystemParam* systemParam = &system;
+  std::int32_t reconnectNumber = 9;
+  const char* baseUrl = "https://cloud";
+
+  std::shared_ptr<qv_data_interface::IQVDataInterface> controller;
+};
+
+}  // namespace library_test
+
+#endif

@@ -1,0 +1,280 @@
+// What the session cache keeps: the instance record as JSON, and its cipher down to the SDK's helpers.
+#include <json/json.h>
+
+#include "session/instance_info_codec.h"
+#include "session/session_cipher.h"
+#include "tests/library/library_test.h"
+
+namespace library_test {
+namespace {
+
+using qv_data_interface::DecryptSessionText;
+using qv_data_interface::EncryptSessionText;
+using qv_data_interface::InstanceInfoToJson;
+using qv_data_interface::ParseInstanceInfo;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Codec : LibraryTest {
+  static InstanceInfo Full() {
+    InstanceInfo info;
+    info.sessionId = "s";
+    info.instanceNo = "i";
+    info.userId = "u";
+    info.appPackage = "p";
+    info.sessionSignExpireTime = 1700000000001;
+    info.sessionExpireTime = 1700000000002;
+    info.endpoints = {"td", 1, "ud", 2, "wd", 3};
+    info.subStreamInfoList = {{5, "", {"td5", 51, "ud5", 52, "wd5", 53}}, {6, "six", {"", 0, "", 0, "", 0}}};
+    info.streamStrategyList = {7, -8};
+    info.gCtrlNodeNo = "g";
+    info.preemption = false;
+    return info;
+  }
+  static std::string Text(const InstanceInfo& info) {
+    std::string text = "is replaced";
+    InstanceInfoToJson(info, text);
+    return text;
+  }
+  static Json::Value Document() {
+    Json::Value root;
+    Json::Reader().parse(Text(Full()), root);
+    return root;
+  }
+  // Where the keys of a section stand in a document.
+  static Json::Value& Section(Json::Value& root, const std::string& section) {
+    if (section == "root") return root;
+    return section == "streamInfo" ? root[section] : root[section][1];
+  }
+  static std::int32_t Parse(const Json::Value& document, InstanceInfo& info) {
+    return ParseInstanceInfo(document.toStyledString().c_str(), info);
+  }
+};
+
+TEST_F(Codec, EveryKeyIsWrittenInStyledForm) {
+  const auto styled = [](const char* compact) {
+    Json::Value root;
+    Json::Reader().parse(compact, root);
+    return root.toStyledString();
+  };
+  EXPECT_EQ(Text(InstanceInfo()),
+            styled(R"({"sessionId":"","instanceNo":"","userId":"","appPackage":"","sessionSignExpireTime":0,
+                       "sessionExpireTime":0,"streamInfo":{"tcpDomain":"","tcpPort":0,"udpDomain":"","udpPort":0,
+                       "webSocketDomain":"","webSocketPort":0},"subStreamInfoList":[],"streamStrategyList":[],
+                       "gCtrlNodeNo":"","preemption":true})"));
+  EXPECT_EQ(Text(Full()), styled(R"({"sessionId":"s","instanceNo":"i","userId":"u","appPackage":"p",
+                       "sessionSignExpireTime":1700000000001,"sessionExpireTime":1700000000002,
+                       "streamInfo":{"tcpDomain":"td","tcpPort":1,"udpDomain":"ud","udpPort":2,"webSocketDomain":"wd",
+                       "webSocketPort":3},"subStreamInfoList":[{"ispCode":5,"label":"","tcpDomain":"td5","tcpPort":51,
+                       "udpDomain":"ud5","udpPort":52,"webSocketDomain":"wd5","webSocketPort":53},{"ispCode":6,
+                       "label":"six","tcpDomain":"","tcpPort":0,"udpDomain":"","udpPort":0,"webSocketDomain":"",
+                       "webSocketPort":0}],"streamStrategyList":[7,-8],"gCtrlNodeNo":"g","preemption":false})"));
+}
+
+TEST_F(Codec, ARecordComesBackWithoutItsHeader) {
+  InstanceInfo original = Full();
+  original.requestTag = "tag";
+  original.code = 0;
+  original.message = "granted";
+  InstanceInfo info;
+  EXPECT_EQ(ParseInstanceInfo(Text(original).c_str(), info), 0);
+  EXPECT_EQ(Text(info), Text(original));
+  EXPECT_EQ(info.requestTag, "");
+  EXPECT_EQ(info.code, -1);
+  EXPECT_EQ(info.message, "");
+  EXPECT_THAT(Take(), IsEmpty());
+}
+
+TEST_F(Codec, ARequiredKeyThatIsMissingOrOfAnotherTypeFailsTheRead) {
+  struct {
+    const char* section;
+    const char* key;
+    Json::Value wrong;
+  } const cases[] = {
+      {"root", "sessionId", 5},
+      {"streamInfo", "webSocketDomain", true},
+      {"streamInfo", "webSocketPort", "443"},
+      {"streamInfo", "webSocketPort", Json::Int64(4294967296)},
+      {"subStreamInfoList", "ispCode", "6"},
+      {"subStreamInfoList", "label", 6},
+      {"subStreamInfoList", "webSocketDomain", Json::Value(Json::arrayValue)},
+      {"subStreamInfoList", "webSocketPort", "443"},
+  };
+  for (const auto& [section, key, wrong] : cases) {
+    const std::string line = std::string("log60 Json Get [") + section + "][" + key + "] failed";
+    Json::Value document = Document();
+    for (const Json::Value& value : {wrong, Json::Value()}) {
+      Section(document, section)[key] = value;
+      InstanceInfo info;
+      EXPECT_EQ(Parse(document, info), -1) << line;
+      EXPECT_THAT(Take(), ElementsAre(line));
+    }
+    Section(document, section).removeMember(key);
+    InstanceInfo info;
+    EXPECT_EQ(Parse(document, info), -1) << line;
+    EXPECT_THAT(Take(), ElementsAre(line));
+  }
+}
+
+TEST_F(Codec, AnOptionalKeyOfAnotherTypeIsPassedOver) {
+  struct {
+    const char* section;
+    const char* key;
+    Json::Value wrong;
+  } const cases[] = {
+      {"root", "instanceNo", 1},
+      {"root", "userId", 1},
+      {"root", "appPackage", true},
+      {"root", "sessionSignExpireTime", "1700000000001"},
+      {"root", "sessionExpireTime", 1e30},
+      {"root", "gCtrlNodeNo", 1},
+      {"root", "preemption", 0},
+      {"root", "streamStrategyList", "x"},
+      {"streamInfo", "tcpDomain", 1},
+      {"streamInfo", "tcpPort", "1"},
+      {"streamInfo", "udpDomain", 1},
+      {"streamInfo", "udpPort", Json::Int64(4294967296)},
+      {"subStreamInfoList", "tcpDomain", 1},
+      {"subStreamInfoList", "tcpPort", "1"},
+      {"subStreamInfoList", "udpDomain", 1},
+      {"subStreamInfoList", "udpPort", "1"},
+  };
+  Json::Value wrongs = Document();
+  Json::Value without = Document();
+  for (const auto& [section, key, wrong] : cases) {
+    Section(wrongs, section)[key] = wrong;
+    Section(without, section).removeMember(key);
+  }
+  for (const Json::Value& document : {wrongs, without}) {
+    InstanceInfo expected;
+    expected.sessionId = "s";
+    expected.endpoints.webSocketDomain = "wd";
+    expected.endpoints.webSocketPort = 3;
+    expected.subStreamInfoList = Full().subStreamInfoList;
+    InstanceInfo info;
+    EXPECT_EQ(Parse(document, info), 0);
+    EXPECT_EQ(Text(info), Text(expected));
+  }
+  EXPECT_THAT(Take(), IsEmpty());
+}
+
+TEST_F(Codec, AValueOfTheWrongShapeIsJudgedWhereItStands) {
+  const std::string noCode = "log60 Json Get [subStreamInfoList][ispCode] failed";
+  for (const Json::Value& wrong :
+       {Json::Value(), Json::Value("x"), Json::Value(3), Json::Value(Json::arrayValue), Json::Value(true)}) {
+    InstanceInfo info;
+    Json::Value document = Document();
+    document["subStreamInfoList"] = wrong;
+    EXPECT_EQ(Parse(document, info), 0) << "no list, or an empty one, is no error";
+    EXPECT_THAT(info.subStreamInfoList, IsEmpty());
+    EXPECT_THAT(Take(), IsEmpty());
+    document = Document();
+    document["subStreamInfoList"][0] = wrong;
+    EXPECT_EQ(Parse(document, info), -1);
+    EXPECT_THAT(Take(), ElementsAre(noCode));
+    document["streamInfo"] = wrong;
+    EXPECT_EQ(Parse(document, info), -1);
+    EXPECT_THAT(Take(), ElementsAre("log60 Json Get streamInfo failed"));
+  }
+}
+
+TEST_F(Codec, AFailedReadKeepsWhatStoodBeforeTheFailingKey) {
+  Json::Value document = Document();
+  document["subStreamInfoList"][1].removeMember("webSocketPort");
+  InstanceInfo info;
+  EXPECT_EQ(Parse(document, info), -1);
+  ASSERT_EQ(info.subStreamInfoList.size(), 2U);
+  EXPECT_EQ(info.subStreamInfoList[0].endpoints.webSocketPort, 53);
+  EXPECT_EQ(info.subStreamInfoList[1].label, "six");
+  EXPECT_EQ(info.gCtrlNodeNo, "g");
+  EXPECT_THAT(info.streamStrategyList, ElementsAre(7, -8));
+
+  document = Document();
+  document.removeMember("sessionId");
+  InstanceInfo untouched;
+  EXPECT_EQ(Parse(document, untouched), -1);
+  EXPECT_EQ(Text(untouched), Text(InstanceInfo()));
+}
+
+TEST_F(Codec, StrategiesAreAppendedAndCarrierLinesReplaced) {
+  InstanceInfo info;
+  info.streamStrategyList = {1};
+  info.subStreamInfoList.resize(3);
+  Json::Value document = Document();
+  document["streamStrategyList"].append("not an integer");
+  document["streamStrategyList"].append(9);
+  EXPECT_EQ(Parse(document, info), 0);
+  EXPECT_THAT(info.streamStrategyList, ElementsAre(1, 7, -8, 9));
+  EXPECT_EQ(info.subStreamInfoList.size(), 2U);
+}
+
+TEST_F(Codec, HostileTextsFailWithOneLineAndWithoutThrowing) {
+  for (const std::string text : {"", "{", "no json", "{\"sessionId\" : }"}) {
+    InstanceInfo info;
+    EXPECT_EQ(ParseInstanceInfo(text.c_str(), info), -1);
+    EXPECT_THAT(Take(), ElementsAre("log60 parse json[" + text + "] failed"));
+  }
+  for (const std::string& text :
+       {std::string("5"), std::string("[]"), std::string("null"), std::string(100000, '['), std::string(100000, '{')}) {
+    InstanceInfo info;
+    EXPECT_NO_THROW(EXPECT_EQ(ParseInstanceInfo(text.c_str(), info), -1)) << text.substr(0, 10);
+    EXPECT_THAT(Take(), ElementsAre(testing::StartsWith("log60 "))) << text.substr(0, 10);
+  }
+}
+
+struct Cipher : LibraryTest {
+  static std::string Encrypt(const std::string& plain) {
+    return EncryptSessionText(plain.data(), static_cast<std::int32_t>(plain.size()));
+  }
+  static std::string Decrypt(const std::string& text) {
+    return DecryptSessionText(text.data(), static_cast<std::int32_t>(text.size()));
+  }
+};
+
+TEST_F(Cipher, ATextComesBackByteForByte) {
+  for (const std::string& plain : {std::string(), std::string("plain"), std::string("with\0nul", 8)}) {
+    const std::string text = Encrypt(plain);
+    EXPECT_NE(text, plain);
+    EXPECT_EQ(Decrypt(text), plain);
+    EXPECT_EQ(Services().cipherCalls[0].input, plain);
+    EXPECT_THAT(Take(), ElementsAre("cipher.Encrypt", "cipher.Decrypt"));
+    Services().cipherCalls.clear();
+  }
+}
+
+TEST_F(Cipher, KeyAndVectorArePrintableMaterialUnderTheAlternatingMasks) {
+  Decrypt(Encrypt("plain"));
+  ASSERT_EQ(Services().cipherCalls.size(), 2U);
+  const fakes::CipherCall& call = Services().cipherCalls[0];
+  EXPECT_EQ(call.key, Services().cipherCalls[1].key);
+  EXPECT_EQ(call.iv, Services().cipherCalls[1].iv);
+  for (const auto& bytes : {call.key, call.iv}) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      const int character = bytes[i] ^ (i % 2 == 0 ? 0x5A : 0xA5);
+      EXPECT_TRUE(character >= 0x20 && character < 0x7F) << "byte " << i;
+    }
+  }
+  std::vector<unsigned char> key(40), iv;
+  qv_data_interface::PrepareCacheKeyMaterial(key, iv);
+  EXPECT_EQ(key, call.key);
+  EXPECT_EQ(iv, call.iv);
+}
+
+TEST_F(Cipher, AFailureGivesAnEmptyTextAndOneLine) {
+  const std::string text = Encrypt("plain");
+  Services().encryptFails = Services().decryptFails = true;
+  Take();
+  EXPECT_EQ(Encrypt("plain"), "");
+  EXPECT_EQ(Decrypt(text), "");
+  EXPECT_THAT(Take(), ElementsAre("cipher.Encrypt", "log60 Aes256Encrypt Failed", "cipher.Decrypt",
+                                  "log60 Aes256Decrypt Failed"));
+}
+
+TEST_F(Cipher, TextThatIsNoBase64StillReachesTheDecipherStepWhichDecides) {
+  EXPECT_EQ(Decrypt("?!"), "");
+  EXPECT_EQ(Services().cipherCalls[0].input, "");
+  EXPECT_THAT(Take(), ElementsAre("cipher.Decrypt", "log60 Aes256Decrypt Failed"));
+}
+
+}  // namespace
+}  // namespace library_test

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include "collect_interface/collect_interface.h"
+#include "reference/collect_interface/schema.h"
+#include "reference/common/settings.h"
+#include "reference/common/sqlite.h"
+#include "tests/reference/common/temporary_directory.h"
+
+namespace collect_interface {
+namespace {
+
+using pass_interface::MessageCollect;
+using pass_interface::MessageCollectBaseData;
+using pass_interface::MessageCollectStatusData;
+using reference::sqlite::Connection;
+using reference::sqlite::Rows;
+
+constexpr char kSessionId[] = "session-id-that-nobody-may-read";
+// Of its SHA-256, the first 16 digits.
+constexpr char kSessionDigest[] = "53a618b03649638a";
+
+class CollectorTest : public testing::Test {
+ protected:
+  CollectorTest() { reference::SetDataDirectory(directory.path); }
+  // The database is let go before its directory is.
+  void TearDown() override {
+    tests::WriteFile(directory / "nothing.here", "");
+    reference::SetDataDirectory(directory / "nothing.here");
+    Collector()->DeleteInstanceInfo(1);
+  }
+
+  static std::shared_ptr<ICollectInterface> Collector() { return ICollectInterface::GetCollectInstance(false); }
+
+  int Insert() {
+    int rowId = 0;
+    EXPECT_EQ(Collector()->InsertInstanceInfo(&rowId, "phone-1", kSessionId, 1, "websocket"), 0);
+    return rowId;
+  }
+
+  // The columns of the query's rows, each followed by a bar, each row by a line break.
+  std::string Read(const char* sql, int columns) {
+    Connection database(directory / kDatabaseFile, "");
+    std::string text;
+    database.Query(sql, [&](Rows& rows) {
+      for (; rows.Next(); text += '\n') {
+        for (int i = 0; i < columns; ++i) text += rows.Text(i) + '|';
+      }
+    });
+    return text;
+  }
+
+  tests::TemporaryDirectory directory;
+};
+
+std::shared_ptr<MessageCollectStatusData> FullStatus() {
+  auto status = std::make_shared<MessageCollectStatusData>();
+  status->sessionId = kSessionId;
+  status->targetId = "phone-1";
+  status->channel = "websocket";
+  status->wsDomain = "localhost";
+  status->wsPort = "40001";
+  status->errorCode = "-5";
+  status->statusText = "status";
+  status->sdkVersion = "1.13.0";
+  status->interfaceVersion = "1.13.1";
+  status->playResponseTime = 101;
+  status->firstFrameTime = 102;
+  status->releaseTime = 103;
+  status->connectingCount = 4;
+  status->connectingTime = 105;
+  status->disconnectedTime = 106;
+  status->connectedTime = 107;
+  status->connectedFlag = 1;
+  status->detailText = "detail";
+  status->extraText = "extra";
+  status->processName = "host";
+  status->milestones = {{"startConnect", 20}, {"recvFirstFrame", 1700000000000}, {"connectSucc", 30}};
+  return status;
+}
+
+std::shared_ptr<MessageCollect> MessageWith(std::shared_ptr<MessageCollectBaseData> data) {
+  auto message = std::make_shared<MessageCollect>();
+  message->collectType = 1;
+  message->collectStatus = 2;
+  message->timestamp = 1700000000001;
+  message->tag = "tag";
+  message->data = std::move(data);
+  return message;
+}
+
+TEST_F(CollectorTest, RegisteringMakesNoFile) {
+  Collector()->SetCollectSdkType("data_interface");
+  EXPECT_TRUE(std::filesystem::is_empty(directory.path));
+}
+
+TEST_F(CollectorTest, AMessageIsReadBackWithAllItsFieldsAndMilestones) {
+  Collector()->SetCollectSdkType("data_interface");
+  Collector()->ReportMessageCollect(MessageWith(FullStatus()));
+  EXPECT_EQ(Read("SELECT sdk_type, collect_type, collect_status, default_mode, timestamp, tag, session, target_id, "
+                 "channel, ws_domain, ws_port, error_code, status_text, sdk_version, interface_version, detail_text, "
+                 "extra_text, process_name FROM messages",
+                 18),
+            std::string("data_interface|1|2|1|1700000000001|tag|") + kSessionDigest +
+                "|phone-1|websocket|localhost|40001|-5|status|1.13.0|1.13.1|detail|extra|host|\n");
+  EXPECT_EQ(Read("SELECT play_response_time, first_frame_time, release_time, connecting_count, connecting_time, "
+                 "disconnected_time, connected_time, connected_flag FROM messages",
+                 8),
+            "101|102|103|4|105|106|107|1|\n");
+  EXPECT_EQ(Read("SELECT name, time FROM milestones WHERE message_id = (SELECT max(message_id) FROM milestones) "
+                 "ORDER BY time",
+                 2),
+            "startConnect|20|\nconnectSucc|30|\nrecvFirstFrame|1700000000000|\n");
+}
+
+TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeader) {
+  auto base = std::make_shared<MessageCollectBaseData>();
+  base->targetId = "phone-2";
+  Collector()->ReportMessageCollect(nullptr);
+  Collector()->ReportMessageCollect(MessageWith(nullptr));
+  Collector()->ReportMessageCollect(MessageWith(base));
+  EXPECT_EQ(Read("SELECT collect_status, target_id, session FROM messages ORDER BY id", 3), "2|||\n2|phone-2||\n");
+}
+
+TEST_F(CollectorTest, TheSessionIdItselfIsNowhereOnDisk) {
+  const int rowId = Insert();
+  EXPECT_EQ(Collector()->UpdataInstanceSessionId(rowId, kSessionId, static_cast<int>(sizeof(kSessionId) - 1)), 0);
+  Collector()->ReportMessageCollect(MessageWith(FullStatus()));
+  for (const auto& file : std::filesystem::directory_iterator(directory.path)) {
+    EXPECT_EQ(tests::ReadFile(file).find(kSessionId), std::string::npos) << file.path();
+  }
+}
+
+TEST_F(CollectorTest, AnInstanceRowLivesFromInsertToDelete) {
+  const int rowId = Insert();
+  EXPECT_GT(rowId, 0);
+  const char* const all = "SELECT id, target_id, session, default_mode, channel FROM instances";
+  const std::string start = std::to_string(rowId) + "|phone-1|";
+  EXPECT_EQ(Read(all, 5), start + kSessionDigest + "|1|websocket|\n");
+  EXPECT_EQ(Collector()->UpdataInstanceSessionId(rowId, "", 0), 0);
+  EXPECT_EQ(Read(all, 5), start + "|1|websocket|\n");
+  EXPECT_EQ(Collector()->DeleteInstanceInfo(rowId), 0);
+  EXPECT_EQ(Read(all, 5), "");
+  EXPECT_GT(Insert(), rowId) << "a number must not come back while someone may still hold it";
+}
+
+TEST_F(CollectorTest, MisuseAndUnknownRowsAreRefused) {
+  int rowId = 7;
+  EXPECT_EQ(Collector()->InsertInstanceInfo(nullptr, "t", "s", 1, "c"), -1);
+  EXPECT_EQ(Collector()->InsertInstanceInfo(&rowId, nullptr, "s", 1, "c"), -1);
+  EXPECT_EQ(Collector()->UpdataInstanceSessionId(999, "s", 1), -1);
+  EXPECT_EQ(Collector()->UpdataInstanceSessionId(1, nullptr, 1), -1);
+  EXPECT_EQ(Collector()->UpdataInstanceSessionId(1, "s", -1), -1);
+  EXPECT_EQ(Collector()->DeleteInstanceInfo(999), -1);
+  EXPECT_EQ(rowId, 7);
+}
+
+TEST_F(CollectorTest, TheOldestMessagesGoWithTheirMilestones) {
+  Collector()->ReportMessageCollect(MessageWith(FullStatus()));
+  // The next message is the one that prunes.
+  Connection(directory / kDatabaseFile, "").Run("UPDATE sqlite_sequence SET seq = 20479 WHERE name = 'messages'");
+  Collector()->ReportMessageCollect(MessageWith(nullptr));
+  EXPECT_EQ(Read("SELECT id FROM messages", 1), "20480|\n");
+  EXPECT_EQ(Read("SELECT name FROM milestones", 1), "");
+}
+
+TEST_F(CollectorTest, ALongTextIsCutBetweenCharacters) {
+  auto status = FullStatus();
+  status->detailText = std::string(kMaxTextBytes - 1, 'x') + "\xc3\xa4";
+  Collector()->ReportMessageCollect(MessageWith(status));
+  EXPECT_EQ(Read("SELECT detail_text FROM messages", 1), std::string(kMaxTextBytes - 1, 'x') + "|\n");
+}
+
+TEST_F(CollectorTest, ACrashIsALineInAFileOfItsOwn) {
+  reference::SetDataDirectory(directory / "not/made/yet");
+  Collector();
+  ICollectInterface::CoreHappen("first.dmp");
+  ICollectInterface::CoreHappen(nullptr);
+  ICollectInterface::CoreHappen("second.dmp");
+  const auto lines = tests::ReadLines(directory / "not/made/yet/crashes.txt");
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].substr(0, 9), "first.dmp");
+  EXPECT_EQ(lines[1].substr(0, 10), "second.dmp");
+  EXPECT_FALSE(std::filesystem::exists(directory / "not/made/yet" / kDatabaseFile));
+}
+
+}  // namespace
+}  // namespace collect_interface

@@ -1,0 +1,186 @@
+// Rules of the answers' JSON, one row each.
+#include "reference/pass_interface/answer_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace {
+
+using pass_interface::InstanceInfo;
+using pass_interface::ParsePhoneConnectAnswer;
+using pass_interface::ParseRefreshSessionAnswer;
+using pass_interface::RefreshSessionRsp;
+
+const std::string kGranted =
+    R"({"requestTag": "r-17", "code": 0, "message": "success", "unknown": {"a": []},
+ "data": {"sessionId": "s-1", "instanceNo": "i-1", "userId": "u-1", "appPackage": "com.example.app",
+  "sessionSignExpireTime": 1790000000000, "sessionExpireTime": 1790000000001,
+  "streamInfo": {"tcpDomain": "tcp", "tcpPort": 1, "udpDomain": "udp", "udpPort": 65535,
+                 "webSocketDomain": "ws", "webSocketPort": 40001},
+  "subStreamInfoList": [{"ispCode": -7, "label": "", "webSocketDomain": "line", "webSocketPort": 40002}],
+  "streamStrategyList": [2, 1], "gCtrlNodeNo": "n-1", "preemption": false}})";
+
+std::string With(const std::string& from, const std::string& to) {
+  std::string text = kGranted;
+  const std::size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return text.replace(at, from.size(), to);
+}
+
+std::string Repeated(const std::string& element, int count) {
+  std::string list = element;
+  for (int i = 1; i < count; ++i) list += "," + element;
+  return list;
+}
+
+TEST(AnswerParserTest, AGrantedAnswerFillsEveryField) {
+  InstanceInfo answer;
+  std::string problem;
+  ASSERT_TRUE(ParsePhoneConnectAnswer(kGranted, answer, problem)) << problem;
+  EXPECT_EQ(answer.requestTag, "r-17");
+  EXPECT_EQ(answer.code, 0);
+  EXPECT_EQ(answer.message, "success");
+  EXPECT_EQ(answer.sessionId, "s-1");
+  EXPECT_EQ(answer.instanceNo, "i-1");
+  EXPECT_EQ(answer.userId, "u-1");
+  EXPECT_EQ(answer.appPackage, "com.example.app");
+  EXPECT_EQ(answer.sessionSignExpireTime, 1790000000000);
+  EXPECT_EQ(answer.sessionExpireTime, 1790000000001);
+  EXPECT_EQ(answer.endpoints.tcpDomain, "tcp");
+  EXPECT_EQ(answer.endpoints.tcpPort, 1);
+  EXPECT_EQ(answer.endpoints.udpDomain, "udp");
+  EXPECT_EQ(answer.endpoints.udpPort, 65535);
+  EXPECT_EQ(answer.endpoints.webSocketDomain, "ws");
+  EXPECT_EQ(answer.endpoints.webSocketPort, 40001);
+  ASSERT_EQ(answer.subStreamInfoList.size(), 1U);
+  EXPECT_EQ(answer.subStreamInfoList[0].ispCode, -7);
+  EXPECT_EQ(answer.subStreamInfoList[0].endpoints.webSocketDomain, "line");
+  EXPECT_EQ(answer.subStreamInfoList[0].endpoints.webSocketPort, 40002);
+  EXPECT_EQ(answer.streamStrategyList, (std::vector<std::int32_t>{2, 1}));
+  EXPECT_EQ(answer.gCtrlNodeNo, "n-1");
+  EXPECT_FALSE(answer.preemption);
+}
+
+TEST(AnswerParserTest, WhatIsNotRequiredKeepsItsDefault) {
+  InstanceInfo answer;
+  std::string problem;
+  ASSERT_TRUE(ParsePhoneConnectAnswer(R"({"code": 0, "data": {"sessionId": "s", "sessionSignExpireTime": 0,
+      "sessionExpireTime": 0, "streamInfo": {"webSocketDomain": "ws", "webSocketPort": 1}}})",
+                                      answer, problem))
+      << problem;
+  EXPECT_EQ(answer.requestTag, "");
+  EXPECT_EQ(answer.endpoints.tcpPort, 0);
+  EXPECT_TRUE(answer.subStreamInfoList.empty());
+  EXPECT_TRUE(answer.preemption);
+}
+
+TEST(AnswerParserTest, ARefusalNeedsNothingButItsCode) {
+  InstanceInfo answer;
+  std::string problem;
+  ASSERT_TRUE(
+      ParsePhoneConnectAnswer(R"({"code": -2147483648, "message": "no phone", "data": null})", answer, problem));
+  EXPECT_EQ(answer.code, INT32_MIN);
+  EXPECT_EQ(answer.message, "no phone");
+}
+
+TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatIsAllowed) {
+  const std::string line = R"({"ispCode": 1, "label": "", "webSocketDomain": "l", "webSocketPort": 1})";
+  const std::string lines = R"([{"ispCode": -7, "label": "", "webSocketDomain": "line", "webSocketPort": 40002}])";
+  const struct {
+    std::string text;
+    const char* problem;
+  } rows[] = {
+      {"", "the answer: is not JSON at Line 1, Column 1"},
+      {"[]", "the answer: must be an object"},
+      {kGranted + "x", "the answer: is not JSON at Line 7"},
+      {With(R"("code": 0)", R"("code": 0, "code": 1)"), "the answer: is not JSON at Line 1"},
+      {With(R"({"a": []})", std::string(5000, '[')), "levels deep"},
+      {With(R"({"a": []})", std::string(100, '[') + std::string(100, ']')), "levels deep"},
+      {kGranted + std::string(1 << 20, ' '), "bytes are more than 1048576"},
+      {With(R"("r-17")", "17"), "requestTag: must be a text"},
+      {With(R"("code": 0,)", ""), "code: is missing"},
+      {With(R"("code": 0)", R"("code": "0")"), "code: must be an integer between -2147483648 and 2147483647"},
+      {With(R"("code": 0)", R"("code": 0.5)"), "code: must be an integer"},
+      {With(R"("code": 0)", R"("code": 1e300)"), "code: must be an integer"},
+      {With(R"("code": 0)", R"("code": 2147483648)"), "code: 2147483648 is not between -2147483648 and 2147483647"},
+      {With(R"("code": 0)", R"("code": true)"), "code: must be an integer"},
+      {With(R"("data")", R"("date")"), "data: is missing"},
+      {With(R"("s-1")", "null"), "data.sessionId: must be a text"},
+      {With(R"("s-1")", R"("")"), "data.sessionId: must not be empty"},
+      {With(R"("s-1")", R"("a\u0000b")"), "data.sessionId: must not hold a NUL character"},
+      {With(R"("i-1")", '"' + std::string(4097, 'x') + '"'), "data.instanceNo: 4097 bytes are more than 4096"},
+      {With("1790000000000", "-1"), "data.sessionSignExpireTime: -1 is not between 0 and 9223372036854775807"},
+      {With("1790000000000", "18446744073709551615"), "data.sessionSignExpireTime: 18446744073709551615 is not"},
+      {With(R"("sessionExpireTime")", R"("expire")"), "data.sessionExpireTime: is missing"},
+      {With(R"("streamInfo")", R"("stream")"), "data.streamInfo: is missing"},
+      {With(R"("tcpPort": 1)", R"("tcpPort": -1)"), "data.streamInfo.tcpPort: -1 is not between 0 and 65535"},
+      {With("65535", "65536"), "data.streamInfo.udpPort: 65536 is not between 0 and 65535"},
+      {With("40001", "70000"), "data.streamInfo.webSocketPort: 70000 is not between 1 and 65535"},
+      {With("40001", "0"), "data.streamInfo.webSocketPort: 0 is not between 1 and 65535"},
+      {With(R"("ws")", R"("")"), "data.streamInfo.webSocketDomain: must not be empty"},
+      {With(lines, "{}"), "data.subStreamInfoList: must be a list"},
+      {With(lines, "[1]"), "data.subStreamInfoList[0]: must be an object"},
+      {With(lines, '[' + Repeated(line, 65) + ']'), "data.subStreamInfoList: 65 elements are more than 64"},
+      {With(lines, '[' + line + R"(, {"ispCode": 1}])"), "data.subStreamInfoList[1].label: is missing"},
+      {With(R"("label": "", )", ""), "data.subStreamInfoList[0].label: is missing"},
+      {With("40002", "65536"), "data.subStreamInfoList[0].webSocketPort: 65536 is not between 1 and 65535"},
+      {With("[2, 1]", R"([2, "1"])"), "data.streamStrategyList[1]: must be an integer"},
+      {With("[2, 1]", '[' + Repeated("1", 257) + ']'), "data.streamStrategyList: 257 elements are more than 256"},
+      {With("false", "0"), "data.preemption: must be true or false"},
+  };
+  for (const auto& row : rows) {
+    InstanceInfo answer;
+    std::string problem;
+    EXPECT_FALSE(ParsePhoneConnectAnswer(row.text, answer, problem)) << row.problem;
+    EXPECT_NE(problem.find(row.problem), std::string::npos) << problem << "\nshould name: " << row.problem;
+    EXPECT_EQ(answer.code, -1) << row.problem;
+    EXPECT_EQ(answer.sessionId, "") << row.problem;
+  }
+}
+
+TEST(AnswerParserTest, AMalformedAnswerKeepsTheRequestTag) {
+  InstanceInfo answer;
+  std::string problem;
+  ASSERT_FALSE(ParsePhoneConnectAnswer(With("40001", "0"), answer, problem));
+  EXPECT_EQ(answer.requestTag, "r-17");
+}
+
+TEST(AnswerParserTest, ASyntaxErrorIsReportedWithoutQuotingTheAnswer) {
+  InstanceInfo answer;
+  std::string problem;
+  ASSERT_FALSE(ParsePhoneConnectAnswer(R"({"sessionId": secret})", answer, problem));
+  EXPECT_EQ(problem.find("secret"), std::string::npos) << problem;
+}
+
+TEST(AnswerParserTest, EveryTruncationIsRefusedAndNoFlippedBitGetsPastTheRanges) {
+  std::string problem;
+  for (std::size_t length = 0; length < kGranted.size(); ++length) {
+    InstanceInfo answer;
+    EXPECT_FALSE(ParsePhoneConnectAnswer(kGranted.substr(0, length), answer, problem)) << length;
+  }
+  for (std::size_t bit = 0; bit < kGranted.size() * 8; ++bit) {
+    std::string text = kGranted;
+    text[bit / 8] = static_cast<char>(text[bit / 8] ^ (1 << (bit % 8)));
+    InstanceInfo answer;
+    if (!ParsePhoneConnectAnswer(text, answer, problem) || answer.code != 0) continue;
+    EXPECT_FALSE(answer.sessionId.empty()) << bit;
+    EXPECT_TRUE(answer.endpoints.webSocketPort > 0 && answer.endpoints.webSocketPort <= 65535) << bit;
+  }
+}
+
+TEST(AnswerParserTest, ARefreshAnswerNeedsItsCodeAndWhenGrantedTheSession) {
+  RefreshSessionRsp answer;
+  std::string problem;
+  ASSERT_TRUE(
+      ParseRefreshSessionAnswer(R"({"requestTag": "r", "code": 0, "data": {"sessionId": "s-2"}})", answer, problem));
+  EXPECT_EQ(answer.requestTag, "r");
+  EXPECT_EQ(answer.sessionId, "s-2");
+  EXPECT_TRUE(ParseRefreshSessionAnswer(R"({"code": 5})", answer, problem));
+  EXPECT_EQ(answer.code, 5);
+  EXPECT_FALSE(ParseRefreshSessionAnswer(R"({"code": 0, "data": {}})", answer, problem));
+  EXPECT_EQ(problem, "data.sessionId: is missing");
+}
+
+}  // namespace

@@ -1,0 +1,167 @@
+#include "reference/ws_interface/message_codec.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "reference/ws_interface/endpoint.h"
+#include "tests/reference/ws_interface/recording_sink.h"
+
+namespace reference::ws {
+namespace {
+
+std::string Quoted(const std::string& text) {
+  return "\"" + text + "\"";
+}
+
+TEST(MessageCodec, EachNoticeReachesItsOperationWithItsArguments) {
+  const struct {
+    const char* json;
+    const char* line;
+  } cases[] = {
+      {R"({"type":"notice","slot":5,"args":[]})", "notice 5"},
+      {R"({"type":"notice","slot":6,"args":["grüße"],"unknown":1})", "notice 6 grüße"},
+      {R"({"type":"notice","slot":7,"args":[]})", "notice 7"},
+      {R"({"type":"notice","slot":8,"args":[]})", "notice 8"},
+      {R"({"type":"notice","slot":9,"args":[18446744073709551615,2,3,4294967295,5]})",
+       "notice 9 18446744073709551615 2 3 4294967295 5"},
+      {R"({"type":"notice","slot":10,"args":[]})", "notice 10"},
+      {R"({"type":"notice","slot":11,"args":[-7,2,65535,4,5,6]})", "notice 11 -7 2 65535 4 5 6"},
+      {R"({"type":"notice","slot":12,"args":[]})", "notice 12"},
+      {R"({"type":"notice","slot":13,"args":[1,2,3,4]})", "notice 13 1 2 3 4"},
+      {R"({"type":"notice","slot":14,"args":[]})", "notice 14"},
+      {R"({"type":"notice","slot":23,"args":[]})", "notice 23"},
+      {R"({"type":"notice","slot":24,"args":[]})", "notice 24"},
+      {R"({"type":"notice","slot":25,"args":[]})", "notice 25"},
+  };
+  for (const auto& [json, line] : cases) {
+    const Incoming message = DecodeMessage(json);
+    ASSERT_TRUE(std::holds_alternative<Notice>(message)) << json;
+    RecordingSink sink;
+    DeliverNotice(std::get<Notice>(message), sink);
+    EXPECT_EQ(sink.Lines(), std::vector<std::string>{line});
+  }
+}
+
+TEST(MessageCodec, AMalformedMessageIsRefusedByName) {
+  const std::string longText(kMaxTextSize + 1, 'x');
+  const struct {
+    std::string json;
+    const char* fault;
+  } cases[] = {
+      {"", "not JSON"},
+      {"{", "not JSON"},
+      {R"({"type":"error","code":1} x)", "not JSON"},
+      {R"({"type":"error","code":1,"code":2})", "not JSON"},
+      {R"(/* */{"type":"error","code":1})", "not JSON"},
+      {"[1]", "not a JSON object"},
+      {std::string(100000, '['), "not JSON that can be read"},
+      {R"({"type":"error","code":1})" + std::string(kMaxDocumentSize, ' '), "more than 1048576 bytes"},
+      {R"({"code":1})", "type is missing"},
+      {R"({"type":1})", "type is not a text"},
+      {R"({"type":"other"})", "type is not one of"},
+      {R"({"type":"error"})", "code is missing"},
+      {R"({"type":"error","code":"1"})", "code is not an integer"},
+      {R"({"type":"error","code":1.0})", "code is not an integer"},
+      {R"({"type":"error","code":-1})", "code is not in 0 to 4294967295"},
+      {R"({"type":"error","code":4294967296})", "code is not in 0 to 4294967295"},
+      {R"({"type":"error","code":1,"message":null})", "message is not a text"},
+      {R"({"type":"error","code":1,"message":"a\u0000b"})", "message holds U+0000"},
+      {R"({"type":"authRsp","code":0,"formats":[264]})", "formats is not a text"},
+      {R"({"type":"authRsp","code":0,"formats":)" + Quoted(longText) + "}", "formats has more than 4096 bytes"},
+      {R"({"type":"playRsp"})", "values is missing"},
+      {R"({"type":"playRsp","values":{}})", "values is not an array"},
+      {R"({"type":"playRsp","values":[0,0,0,0,0,0,0,0,0]})", "values has 9 elements, expected 10"},
+      {R"({"type":"playRsp","values":[0,0,4294967296,0,0,0,0,0,0,0]})", "values[2] is not in 0 to"},
+      {R"({"type":"playRsp","values":[0,18446744073709551616,0,0,0,0,0,0,0,0]})", "values[1] is not an integer"},
+      {R"({"type":"notice","args":[]})", "slot is missing"},
+      {R"({"type":"notice","slot":15,"args":[]})", "slot is not one of"},
+      {R"({"type":"notice","slot":5})", "args is missing"},
+      {R"({"type":"notice","slot":5,"args":[1]})", "args has 1 elements, expected 0"},
+      {R"({"type":"notice","slot":6,"args":[1]})", "args[0] is not a text"},
+      {R"({"type":"notice","slot":11,"args":[2147483648,0,0,0,0,0]})", "args[0] is not a signed 32-bit number"},
+      {R"({"type":"notice","slot":11,"args":[0,0,65536,0,0,0]})", "args[2] is not in 0 to 65535"},
+      {R"({"type":"notice","slot":13,"args":[0,0,0,true]})", "args[3] is not an integer"},
+  };
+  for (const auto& [json, fault] : cases) {
+    const Incoming message = DecodeMessage(json);
+    ASSERT_TRUE(std::holds_alternative<Malformed>(message)) << json.substr(0, 80);
+    EXPECT_NE(std::get<Malformed>(message).fault.find(fault), std::string::npos)
+        << json.substr(0, 80) << ": " << std::get<Malformed>(message).fault;
+  }
+}
+
+TEST(MessageCodec, OnlyUtf8OfBoundedSizeCanBeSent) {
+  const std::string longest(kMaxTextSize, 'x');
+  const struct {
+    std::string text;
+    ResultCode expected;
+  } cases[] = {
+      {"", kTaken},
+      {"a\x7F", kTaken},
+      {"\xC2\x80 \xE2\x82\xAC \xF0\x9F\x98\x80 \xF4\x8F\xBF\xBF", kTaken},
+      {longest, kTaken},
+      {longest + "x", kTextTooLong},
+      {"\x80", kBadArgument},
+      {"\xC0\xAF", kBadArgument},
+      {"\xE0\x9F\xBF", kBadArgument},
+      {"\xED\xA0\x80", kBadArgument},
+      {"\xF4\x90\x80\x80", kBadArgument},
+      {"\xE2\x82", kBadArgument},
+      {"\xFF", kBadArgument},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(CheckText(text.c_str()), expected) << text.substr(0, 20);
+  EXPECT_EQ(CheckText(nullptr), kBadArgument);
+}
+
+TEST(MessageCodec, AVideoFrameIsReadBigEndianAndItsFormatChecked) {
+  std::vector<std::uint8_t> bytes = {0, 0, 0, 0, 0, 0, 1, 2, 0, 0, 1, 0x9A, 0, 0, 0, 3, 0, 0, 1, 9, 0xAA, 0xBB};
+  const auto frame = DecodeVideoFrame(bytes);
+  ASSERT_TRUE(frame);
+  EXPECT_EQ(frame->sequence, 0x102U);
+  EXPECT_EQ(frame->time, 0x19A00000003U);
+  EXPECT_EQ(frame->format, 265U);
+  EXPECT_EQ(frame->payloadSize, 2U);
+
+  EXPECT_FALSE(DecodeVideoFrame(std::span(bytes).first(19)));
+  EXPECT_FALSE(DecodeVideoFrame({}));
+  bytes[19] = 10;
+  EXPECT_FALSE(DecodeVideoFrame(bytes));
+}
+
+TEST(Endpoint, AUrlIsSchemeHostAndPortAndNothingElse) {
+  const struct {
+    const char* url;
+    const char* expected;
+  } cases[] = {
+      {"ws://localhost:1", "ws://localhost:1"},
+      {"wss://10.0.0.7:8443", "wss://10.0.0.7:8443"},
+      {"wss://[::1]:65535", "wss://[::1]:65535"},
+      {"wss://a-b_c.d:443", "wss://a-b_c.d:443"},
+      {"", ""},
+      {"http://a:1", ""},
+      {"wss://", ""},
+      {"wss://:1", ""},
+      {"wss://a", ""},
+      {"wss://a:", ""},
+      {"wss://a:0", ""},
+      {"wss://a:65536", ""},
+      {"wss://a:-1", ""},
+      {"wss://a:1/", ""},
+      {"wss://a b:1", ""},
+      {"wss://u@a:1", ""},
+      {"wss://::1:1", ""},
+      {"wss://[]:1", ""},
+      {"wss://[a]:1", ""},
+      {"wss://a\r\nb:1", ""},
+  };
+  for (const auto& [url, expected] : cases) {
+    const auto endpoint = ParseWebSocketUrl(url);
+    EXPECT_EQ(endpoint ? Url(*endpoint) : "", expected) << url;
+  }
+  EXPECT_TRUE(ParseProxyUrl("http://proxy:3128/"));
+  EXPECT_FALSE(ParseProxyUrl("https://proxy:3128"));
+}
+
+}  // namespace
+}  // namespace reference::ws
