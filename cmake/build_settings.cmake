@@ -36,8 +36,11 @@ endif()
 # Asio of Boost 1.74 uses std::exchange without its header. A target that includes Beast links this one.
 add_library(qv_beast INTERFACE)
 target_compile_options(qv_beast INTERFACE -include utility)
+# Beast's templates take minutes a file to optimise or to check. On mingw they do not assemble without optimisation.
+if(NOT CMAKE_BUILD_TYPE AND NOT WIN32)
+  target_compile_options(qv_beast INTERFACE -O0)
+endif()
 if(QV_SANITIZE MATCHES undefined)
-  # Its checks in all of Beast's templates take minutes a file to compile.
   target_compile_options(qv_beast INTERFACE -fno-sanitize=undefined)
 endif()
 target_compile_definitions(qv_beast INTERFACE BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_USE_STD_STRING_VIEW)
