@@ -36,11 +36,15 @@ endif()
 # Asio of Boost 1.74 uses std::exchange without its header. A target that includes Beast links this one.
 add_library(qv_beast INTERFACE)
 target_compile_options(qv_beast INTERFACE -include utility)
-# Beast's templates take minutes a file to optimise or to check. On mingw they do not assemble without optimisation.
-if(NOT CMAKE_BUILD_TYPE AND NOT WIN32)
-  target_compile_options(qv_beast INTERFACE -O0)
-endif()
-if(QV_SANITIZE MATCHES undefined)
-  target_compile_options(qv_beast INTERFACE -fno-sanitize=undefined)
-endif()
 target_compile_definitions(qv_beast INTERFACE BOOST_ASIO_NO_DEPRECATED BOOST_BEAST_USE_STD_STRING_VIEW)
+
+# qv_beast_sources(<file>...): the files of the calling folder that include Beast. Its templates take minutes a file to
+# optimise or to check; on mingw they do not assemble without optimisation.
+function(qv_beast_sources)
+  if(NOT CMAKE_BUILD_TYPE AND NOT WIN32)
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -O0)
+  endif()
+  if(QV_SANITIZE MATCHES undefined)
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -fno-sanitize=undefined)
+  endif()
+endfunction()
