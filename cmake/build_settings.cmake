@@ -14,9 +14,11 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 endif()
 
+# Paths below the tree count as relative, so that every clone finds what another one has compiled.
 find_program(QV_CCACHE ccache)
 if(QV_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${QV_CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+    "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=true "${QV_CCACHE}")
 endif()
 
 set(QV_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")

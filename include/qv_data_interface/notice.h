@@ -14,27 +14,30 @@ struct IspItem {
 
 // The front end implements this and gives it to IQVDataInterface::Init, which keeps it until ReleasePhoneConnect.
 //
-// Threads: a notice comes on the thread that caused it: the HTTP service's, the WebSocket library's, or, for OnIspList
-// with a session from the cache and for a failing ChangeIsp, the front end's own inside its call. Notices of one
-// connection do not overlap; those of the HTTP service and of the WebSocket library may overlap each other.
-// Re-entry: no lock of the notice path is held. Every operation of the library may be called from inside a notice,
-// ReleasePhoneConnect and the dropping of the last pointer included. ChangeIsp from inside a notice returns -1 when
-// another ChangeIsp is at work.
-// Last notice: when ReleasePhoneConnect has returned no further notice begins, and none is running unless
-// ReleasePhoneConnect was itself called from inside a notice.
-// Ownership: texts are UTF-8, NUL-terminated and valid during the call only, like lists.
+// Threads: a notice comes on the thread that caused it: the HTTP service's, the WebSocket library's, or the front end's
+// own inside its call: OnIspList and kResultWsInitFailed inside GetPhoneConnect with a session from the cache,
+// kResultWsInitFailed inside ChangeIsp. The notices of one WebSocket connection do not overlap each other; others may
+// overlap them.
+// Re-entry: no lock is held. Every operation of the library may be called from inside a notice, ReleasePhoneConnect and
+// the dropping of the last pointer included. ChangeIsp from inside a notice returns -1 when another ChangeIsp is at
+// work. Last notice: when ReleasePhoneConnect has returned no further notice begins on a service's thread, and none is
+// running there unless ReleasePhoneConnect was itself called from inside a notice. A GetPhoneConnect or ChangeIsp that
+// another thread of the front end is in at that moment may still bring its own. Ownership: texts are UTF-8,
+// NUL-terminated and valid during the call only, like lists.
 //
 // The notices named after their number are relayed from the phone unchanged; the session protocol of the front end
 // gives them their meaning. The order of the operations is part of the binary interface.
 class IQVDataInterfaceNotic {
  public:
   // A result or an error: a QvResultCode with its text, or the cloud service's own code and text. Code 0 says that the
-  // connection stands. A lost connection is reported as kResultWsDisconnect and rebuilt without the front end's help,
-  // each attempt reported as kResultWsConnecting.
+  // connection stands. A lost connection is reported as kResultWsDisconnect, and each attempt to connect as
+  // kResultWsConnecting: the WebSocket library rebuilds it without the front end's help, unless the service refused the
+  // session, which is reported with the service's code.
   virtual void OnStatus(std::int32_t code, const char* message) = 0;
   // The service's code 60102029, with its text.
   virtual void OnServiceCode(std::int32_t /*code*/, const char* /*message*/) {}
-  // The phone offers these video formats (264, 265); return the one to play. Comes once for each authentication.
+  // The phone offers these video formats (264, 265); return the one to play. Comes once for each authentication, with
+  // what all authentications of this object have offered so far: a format may stand there several times.
   virtual std::int32_t OnChooseVideoFormat(const std::int32_t* formats, std::uint64_t count) = 0;
   // The phone's answer to play.
   virtual void OnPlayRsp(std::uint32_t /*value1*/, std::uint64_t /*value2*/, std::uint32_t /*value3*/,

@@ -24,7 +24,7 @@ struct QvVideoParam {
 // comments say what the reference services make of them.
 struct QvDataSystemParam {
   bool wsOptionEnabled = true;            // keep-alive on the WebSocket connection
-  std::uint32_t wsManagerValue = 5000;    // WebSocket connect time-out, ms, 1000 to 30000
+  std::uint32_t wsManagerValue = 5000;    // each step to a playing WebSocket, ms, 1000 to 30000
   std::uint32_t wsOptionInterval = 3000;  // keep-alive interval, ms, 1000 to 60000; checked only when enabled
   bool useWss = true;                     // "wss://" when true, "ws://" when false
   std::uint32_t httpValue1 = 5000;        // HTTP connect time-out, ms, 1000 to 30000
@@ -38,7 +38,7 @@ struct QvLogParam {
   char path[256] = "./QVLog";       // directory of the log files and of crash dumps
   char name[256] = "QV_DATA";       // name of the log files
   std::int32_t sizeSetting = 1024;  // KiB a file
-  std::int32_t modeSetting = 0;     // 0: also keep what was logged before; see the logger
+  std::int32_t modeSetting = 0;     // 0: go on in the last file; 1: begin a new one
   std::int32_t countSetting = 5;    // files kept
 };
 

@@ -1,5 +1,5 @@
-// The codes that the library itself reports through IQVDataInterfaceNotic::OnStatus. Any other code there is the cloud
-// service's own and comes with the service's text.
+// The codes that the library itself reports through IQVDataInterfaceNotic::OnStatus. Other codes there are the cloud
+// service's own and come with the service's text.
 #ifndef QV_DATA_INTERFACE_RESULT_CODES_H
 #define QV_DATA_INTERFACE_RESULT_CODES_H
 
@@ -18,11 +18,11 @@ enum QvResultCode : std::int32_t {
   // "web socket connecting": an attempt to connect has begun, the first one or a later one.
   kResultWsConnecting = 60701003,
 
-  // "Http Req for phone-connect failed": no answer came back.
+  // "Http Req for phone-connect failed": no answer came back, or none that can be read.
   kResultPhoneConnectFailed = 60702001,
   // "Http Req for phone-connect can not get 200": the answer's HTTP status is another one.
   kResultPhoneConnectNot200 = 60702002,
-  // "Http Req for refresh-session failed": no answer came back.
+  // "Http Req for refresh-session failed": no answer came back, or none that can be read.
   kResultRefreshSessionFailed = 60702003,
   // "Http Req for refresh-session can not get 200": the answer's HTTP status is another one.
   kResultRefreshSessionNot200 = 60702004

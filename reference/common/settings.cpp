@@ -29,9 +29,10 @@ class Setting {
   std::optional<std::string> value;
 };
 
-Setting dataDirectory("QV_REFERENCE_DATA_DIR");
-Setting authorityFile("QV_REFERENCE_CA_FILE");
-Setting proxy("QV_REFERENCE_PROXY");
+// Never destroyed: a service's thread may still ask while the process ends.
+Setting& dataDirectory = *new Setting("QV_REFERENCE_DATA_DIR");
+Setting& authorityFile = *new Setting("QV_REFERENCE_CA_FILE");
+Setting& proxy = *new Setting("QV_REFERENCE_PROXY");
 
 std::filesystem::path UserDataDirectory() {
 #ifdef _WIN32

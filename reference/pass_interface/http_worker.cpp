@@ -1,5 +1,7 @@
 #include "reference/pass_interface/http_worker.h"
 
+#include <openssl/crypto.h>
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -10,6 +12,7 @@
 #include "base/base_log_interface.h"
 #include "base/thread_id.h"
 #include "reference/common/notice_gate.h"
+#include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
 
 namespace pass_interface {
@@ -151,7 +154,13 @@ std::unique_ptr<HttpWorker> HttpWorker::Start() {
   if (!loop->IsUsable()) return nullptr;
   std::unique_ptr<HttpWorker> worker(new HttpWorker(loop));
   try {
-    worker->thread = std::thread([loop = std::move(loop)] { loop->Run(); });
+    worker->thread = std::thread([loop = std::move(loop), ticket = reference::ServiceThreadTicket()]() mutable {
+      loop->Run();
+      // All of it before the ticket, which says that nothing of this thread is left; what OpenSSL keeps for the thread
+      // would otherwise be freed after it.
+      loop.reset();
+      OPENSSL_thread_stop();
+    });
   } catch (const std::system_error&) {
     return nullptr;
   }

@@ -1,5 +1,7 @@
 #include "reference/ws_interface/io_thread.h"
 
+#include <openssl/crypto.h>
+
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
@@ -9,6 +11,7 @@
 #include <utility>
 
 #include "reference/common/notice_gate.h"
+#include "reference/common/service_threads.h"
 #include "reference/ws_interface/beast_transport.h"
 #include "reference/ws_interface/log.h"
 
@@ -100,7 +103,13 @@ struct IoThread::Loop {
 IoThread::IoThread() : loop(std::make_shared<Loop>()) {
   auto context = std::make_unique<asio::io_context>(1);
   loop->context = context.get();
-  thread = std::thread([loop = loop, context = std::move(context)]() mutable { Loop::Run(loop, std::move(context)); });
+  thread = std::thread([loop = loop, context = std::move(context), ticket = ServiceThreadTicket()]() mutable {
+    Loop::Run(loop, std::move(context));
+    // All of it before the ticket, which says that nothing of this thread is left; what OpenSSL keeps for the thread
+    // would otherwise be freed after it.
+    loop.reset();
+    OPENSSL_thread_stop();
+  });
 }
 
 IoThread::~IoThread() {

@@ -8,7 +8,7 @@ namespace qv_data_interface {
 using ws_interface::IWSInterface;
 
 bool CQVDataControl::GateIsOpen() const {
-  return initState == kStateReady && connectRequested;
+  return initState == kStateReady && connectRequested.IsConfirmed(generation);
 }
 
 template <class... Params, class... Args>
@@ -101,21 +101,25 @@ std::int32_t CQVDataControl::SendDummyReq() {
 std::int32_t CQVDataControl::ChangeIsp(std::uint32_t ispCode) {
   const Generation since = generation;
   if (!GateIsOpen()) return -1;
-  // Inside the front end's callback this thread may be the very one that a rebuild elsewhere is waiting for.
-  if (!ispLock.Acquire(!FrontEndScope::IsInside())) return -1;
-  const RebuildLockReleaser releaser(ispLock);
-  // Released while this call waited its turn.
-  if (generation != since) return -1;
-  return ChangeIspLocked(ispCode, since);
+  std::optional<InitWSOutcome> outcome;
+  {
+    // Inside the front end's callback this thread may be the very one that a rebuild elsewhere is waiting for.
+    if (!ispLock.Acquire(!FrontEndScope::IsInside())) return -1;
+    const RebuildLockReleaser releaser(ispLock);
+    outcome = ChangeIspLocked(ispCode, since);
+  }
+  return outcome ? FinishInitWS(*outcome) : -1;
 }
 
-std::int32_t CQVDataControl::ChangeIspLocked(std::uint32_t ispCode, Generation since) {
-  TakeOverGrantedInfoLocked();
-  if (ispCode == currentIspCode) return 0;
+std::optional<CQVDataControl::InitWSOutcome> CQVDataControl::ChangeIspLocked(std::uint32_t ispCode, Generation since) {
+  // Released while this call waited its turn.
+  if (generation != since) return InitWSOutcome::kOvertakenByRelease;
+  if (const auto granted = grantedInfo.Take()) instanceInfo = *granted;
+  if (ispCode == currentIspCode) return InitWSOutcome::kConnectionHeld;
   const pass_interface::StreamEndpoints* endpoints = ChooseEndpointsLocked(ispCode);
   if (endpoints == nullptr) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE]Can not find ispInfo with IspCode[%d]", static_cast<int>(ispCode));
-    return -1;
+    return std::nullopt;
   }
   DropConnection(since);
   return InitWS(*endpoints, since);

@@ -14,11 +14,13 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "collect_interface/collect_interface.h"
+#include "control/connect_request.h"
 #include "pass_interface/instance_info.h"
 #include "pass_interface/pass_interface.h"
 #include "pass_interface/pass_interface_notic.h"
@@ -131,8 +133,6 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // phone_connect
   bool LoadCachedInfo(pass_interface::InstanceInfo& info);
   void HandlePhoneConnect(const pass_interface::InstanceInfo& info, Generation since);
-  void KeepInstanceInfo(const pass_interface::InstanceInfo& info);
-  void TakeOverGrantedInfoLocked() QV_REQUIRES(ispLock);
   void RegisterInstance(const pass_interface::InstanceInfo& info, Generation since);
   void InsertInstanceRow(collect_interface::ICollectInterface& collector, Generation since);
   static void TellIspList(const FrontEnd& frontEnd, const pass_interface::InstanceInfo& info);
@@ -147,10 +147,11 @@ class CQVDataControl final : public IQVInternalDataInterface,
   struct ConnectRecords;
   bool FillConnectRecords(ConnectRecords& records);
   std::string MakeUrl(const pass_interface::StreamEndpoints& endpoints);
-  // 0 when the controller holds a connection on return, else -1; the failure is reported, unless a release is its
-  // reason.
-  std::int32_t InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since);
-  std::int32_t ReportInitWSFailure();
+  enum class InitWSOutcome { kConnectionHeld, kFailed, kOvertakenByRelease };
+  InitWSOutcome InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since);
+  // Reports a failure and makes the outcome a result: 0 or -1. Apart from InitWS, because it calls the front end and
+  // fills the telemetry, which ChangeIsp must not do with ispLock held.
+  std::int32_t FinishInitWS(InitWSOutcome outcome);
   // Destroys the connection of that generation, if there is one. Of several threads only one gets to do it.
   void DropConnection(Generation since);
 
@@ -167,7 +168,8 @@ class CQVDataControl final : public IQVInternalDataInterface,
   bool GateIsOpen() const;
   template <class... Params, class... Args>
   std::int32_t Forward(std::int32_t (ws_interface::IWSInterface::*operation)(Params...), Args... args);
-  std::int32_t ChangeIspLocked(std::uint32_t ispCode, Generation since) QV_REQUIRES(ispLock);
+  // Nothing when the line is not known.
+  std::optional<InitWSOutcome> ChangeIspLocked(std::uint32_t ispCode, Generation since) QV_REQUIRES(ispLock);
   const pass_interface::StreamEndpoints* ChooseEndpointsLocked(std::uint32_t ispCode) QV_REQUIRES(ispLock);
 
   // shared by the stages
@@ -215,20 +217,18 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // Of the collector's row of this connection; 0 while there is none.
   Guarded<std::int32_t> collectRowId;
 
-  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it. A connection and a row go in
-  // only while their generation lasts and the state is ready, which is checked under the holder's lock; a release ends
-  // both before it takes them out, so nothing is ever left behind in them.
+  // Copied out for each use. Taking wsConnection out is what gives the right to destroy it. A connection and a row go
+  // in only while their generation lasts and the state is ready, which is checked under the holder's lock; a release
+  // ends both before it takes them out, so nothing is ever left behind in them.
   Guarded<FrontEnd> notice;
   Guarded<std::shared_ptr<pass_interface::IPassInterface>> passInterface;
   Guarded<std::shared_ptr<ws_interface::IWSManagerInterface>> wsManager;
   Guarded<std::shared_ptr<ws_interface::IWSInterface>> wsConnection;
 
   std::atomic<std::uint32_t> initState{kStateIdle};
-  std::atomic<bool> connectRequested{false};
+  ConnectRequest connectRequested;
   std::atomic<bool> firstFrameSeen{false};
   std::atomic<Generation> generation{0};
-  // A GetPhoneConnect is at work.
-  std::atomic<bool> connectInProgress{false};
 };
 
 }  // namespace qv_data_interface

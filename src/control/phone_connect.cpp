@@ -15,21 +15,24 @@ using pass_interface::InstanceInfo;
 // A cached session must stay valid this long, so that it is not used close to its end.
 constexpr std::int64_t kCacheMarginMs = 600000;
 
-// Lets one call through at a time: of two that race, the second finds the flag set.
-class ExclusiveClaim {
+// Holds the right to connect in one generation. Unless confirmed, the connect may be tried again.
+class ConnectClaim {
  public:
-  explicit ExclusiveClaim(std::atomic<bool>& flag) : flag(flag), granted(!flag.exchange(true)) {}
-  ~ExclusiveClaim() {
-    if (granted) flag = false;
+  ConnectClaim(ConnectRequest& request, std::uint32_t generation)
+      : request(request), generation(generation), isGranted(request.Claim(generation)) {}
+  ~ConnectClaim() {
+    if (isGranted) request.GiveUp(generation);
   }
-  ExclusiveClaim(const ExclusiveClaim&) = delete;
-  ExclusiveClaim& operator=(const ExclusiveClaim&) = delete;
+  ConnectClaim(const ConnectClaim&) = delete;
+  ConnectClaim& operator=(const ConnectClaim&) = delete;
+
+  bool IsGranted() const { return isGranted; }
+  void Confirm() { request.Confirm(generation); }
 
  private:
-  std::atomic<bool>& flag;
-
- public:
-  const bool granted;
+  ConnectRequest& request;
+  const std::uint32_t generation;
+  const bool isGranted;
 };
 
 }  // namespace
@@ -40,8 +43,9 @@ std::int32_t CQVDataControl::GetPhoneConnect() {
   QV_LOG(kLogTrace, "[QV_DATA_INTERFACE][TimeConsumingFlag][%s] start; Begin GetPhoneConnect", targetId.Copy().c_str());
 
   const auto service = passInterface.Copy();
-  const ExclusiveClaim claim(connectInProgress);
-  if (!service || !claim.granted || connectRequested) return -1;
+  if (!service) return -1;
+  ConnectClaim claim(connectRequested, since);
+  if (!claim.IsGranted()) return -1;
   RecordMilestoneNow("startGetInstanceInfo");
 
   InstanceInfo cached;
@@ -52,12 +56,8 @@ std::int32_t CQVDataControl::GetPhoneConnect() {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE]GetPhoneConnect failed");
     return -1;
   }
-
-  connectRequested.exchange(true);
-  if (generation == since) return 0;
-  // Released meanwhile: the flag would refuse the next connect. Nobody else sets it while this call has the claim.
-  connectRequested.exchange(false);
-  return -1;
+  claim.Confirm();
+  return generation == since ? 0 : -1;
 }
 
 bool CQVDataControl::LoadCachedInfo(InstanceInfo& info) {
@@ -71,6 +71,9 @@ bool CQVDataControl::LoadCachedInfo(InstanceInfo& info) {
 }
 
 void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation since) {
+  // Released meanwhile, and perhaps initialised anew for another phone, of which this record says nothing. The same
+  // holds after InitWS, which may call the front end.
+  if (generation != since) return;
   const FrontEnd frontEnd = notice.Copy();
   sessionId.Replace(info.sessionId);
   QV_LOG(kLogTrace, "[QV_DATA_INTERFACE][TimeConsumingFlag][%s] HandlePhoneConnect; Begin connect ws",
@@ -78,28 +81,17 @@ void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation sin
   RecordMilestoneNow("endGetInstanceInfo");
   RecordMilestoneNow("startConnect");
 
-  InitWS(info.endpoints, since);
-  // Released meanwhile, and perhaps initialised anew for another phone, of which this record says nothing.
+  FinishInitWS(InitWS(info.endpoints, since));
   if (generation != since) return;
   status.FillIfMade([&info](Status& data) {
     data.sessionId = info.sessionId;
     data.wsDomain = info.endpoints.webSocketDomain;
     data.wsPort = std::to_string(info.endpoints.webSocketPort);
   });
-  KeepInstanceInfo(info);
+  // Whoever holds ispLock next takes it over.
+  grantedInfo.Replace(std::make_shared<const InstanceInfo>(info));
   RegisterInstance(info, since);
   if (IsCurrent(since)) TellIspList(frontEnd, info);
-}
-
-void CQVDataControl::KeepInstanceInfo(const InstanceInfo& info) {
-  grantedInfo.Replace(std::make_shared<const InstanceInfo>(info));
-  if (!ispLock.Acquire(false)) return;
-  const RebuildLockReleaser releaser(ispLock);
-  TakeOverGrantedInfoLocked();
-}
-
-void CQVDataControl::TakeOverGrantedInfoLocked() {
-  if (const auto granted = grantedInfo.Take()) instanceInfo = *granted;
 }
 
 void CQVDataControl::RegisterInstance(const InstanceInfo& info, Generation since) {

@@ -11,6 +11,7 @@ namespace qv_data_interface {
 void CQVDataControl::ReleasePhoneConnect() {
   std::uint32_t expected = kStateReady;
   if (!initState.compare_exchange_strong(expected, kStateReleasing)) return;
+  // Closes the gate of the commands too: what has been requested belongs to the generation before.
   const Generation since = ++generation;
 
   // A step that throws (memory is short, a service fails) must not keep the others from letting go.
@@ -37,7 +38,6 @@ void CQVDataControl::ReleasePhoneConnect() {
     if (const auto service = passInterface.Take()) service->Stop();
   });
   attempt([this] { notice.Replace(nullptr); });
-  connectRequested = false;
   attempt([this] {
     const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
     const std::int32_t rowId = collectRowId.Take();

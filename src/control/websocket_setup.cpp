@@ -80,9 +80,10 @@ std::string CQVDataControl::MakeUrl(const pass_interface::StreamEndpoints& endpo
   return url.str();
 }
 
-std::int32_t CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since) {
+CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints,
+                                                     Generation since) {
   ConnectRecords records;
-  if (!FillConnectRecords(records)) return ReportInitWSFailure();
+  if (!FillConnectRecords(records)) return InitWSOutcome::kFailed;
   const std::string url = MakeUrl(endpoints);
 
   const auto manager = wsManager.Copy();
@@ -94,11 +95,14 @@ std::int32_t CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpo
     const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return IsCurrent(since); });
     if (created && !isKept) manager->DestroyWS(created);
   }
-  if (generation != since || initState == kStateReleasing) return -1;
-  return wsConnection.Copy() ? 0 : ReportInitWSFailure();
+  if (generation != since || initState == kStateReleasing) return InitWSOutcome::kOvertakenByRelease;
+  return wsConnection.Copy() ? InitWSOutcome::kConnectionHeld : InitWSOutcome::kFailed;
 }
 
-std::int32_t CQVDataControl::ReportInitWSFailure() {
+std::int32_t CQVDataControl::FinishInitWS(InitWSOutcome outcome) {
+  if (outcome == InitWSOutcome::kConnectionHeld) return 0;
+  // A front end that releases knows why there is no connection.
+  if (outcome == InitWSOutcome::kOvertakenByRelease) return -1;
   QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]Init WS failed;Error code [%d]", targetId.Copy().c_str(),
          static_cast<int>(kResultWsInitFailed));
   TellStatus(notice.Copy(), kResultWsInitFailed);

@@ -15,17 +15,18 @@ constexpr std::size_t kMaxPath = 260;
 constexpr char kSeparator = '\\';
 
 std::string HostPath() {
-  char buffer[kMaxPath] = {};
-  const DWORD length = GetModuleFileNameA(nullptr, buffer, static_cast<DWORD>(kMaxPath));
-  return std::string(buffer, length);
+  // One more than asked for: a path that is cut may come without its NUL.
+  char buffer[kMaxPath + 1] = {};
+  GetModuleFileNameA(nullptr, buffer, static_cast<DWORD>(kMaxPath));
+  return buffer;
 }
 #else
 constexpr char kSeparator = '/';
 
 std::string HostPath() {
-  char buffer[kMaxPath] = {};
-  const ssize_t length = readlink("/proc/self/exe", buffer, kMaxPath);
-  return length > 0 ? std::string(buffer, static_cast<std::size_t>(length)) : std::string();
+  // One more than asked for: readlink writes no NUL.
+  char buffer[kMaxPath + 1] = {};
+  return readlink("/proc/self/exe", buffer, kMaxPath) > 0 ? buffer : "";
 }
 #endif
 

@@ -1,6 +1,6 @@
 // The log call. A macro, so that the format stands as a literal where the compiler checks it against its arguments.
 //
-// Threads: from any thread, with no lock held. The logger filters by level; every line is handed to it.
+// Threads: from any thread. The logger filters by level; every line is handed to it.
 #ifndef SURFACE_LOG_H
 #define SURFACE_LOG_H
 

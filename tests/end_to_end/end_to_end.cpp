@@ -7,6 +7,7 @@
 #include <iterator>
 #include <random>
 
+#include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
 
 namespace end_to_end {
@@ -42,8 +43,8 @@ std::filesystem::path LogFile() {
 
 std::filesystem::path NewDirectory() {
   std::random_device random;
-  const auto path = std::filesystem::temp_directory_path() /
-                    ("qv_end_to_end-" + std::to_string(random()) + "-" + std::to_string(random()));
+  auto path = std::filesystem::temp_directory_path() /
+              ("qv_end_to_end-" + std::to_string(random()) + "-" + std::to_string(random()));
   if (!std::filesystem::create_directory(path)) throw std::runtime_error("cannot make " + path.string());
   return path;
 }
@@ -72,8 +73,9 @@ EndToEnd::EndToEnd()
 EndToEnd::~EndToEnd() {
   controller.reset();
   frontEnd.reset();
-  // A release from inside a notice leaves that notice to end by itself; it must not write to the next test's directory.
-  EXPECT_TRUE(FrontEnd::WaitUntilNoneIsLeft()) << "a front end is still held after its release";
+  // A release from inside a notice leaves the notice's thread to end by itself; it must not write to the next test's
+  // directory, nor run while the process ends.
+  EXPECT_TRUE(reference::WaitForServiceThreads(kPatience)) << "a service's thread does not end after its release";
   cloud.reset();
   if (HasFailure()) std::cout << "The log of this test:\n" << Log();
   std::error_code ignored;

@@ -50,9 +50,6 @@ class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
  public:
   using Reaction = std::function<void(const std::string& notice)>;
   explicit FrontEnd(Reaction reaction = {});
-  ~FrontEnd() override;
-  // Whoever delivers a notice holds the front end until the notice has ended.
-  [[nodiscard]] static bool WaitUntilNoneIsLeft();
 
   Record notices;
   // The reported states in order: C an attempt begins, S the connection stands, D it is lost.
@@ -78,10 +75,12 @@ class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
 };
 
 class EndToEnd : public testing::Test {
+ public:
+  ~EndToEnd() override;
+
  protected:
   static void SetUpTestSuite();
   EndToEnd();
-  ~EndToEnd() override;
 
   // A new cloud in place of an earlier one; the services trust its authority.
   void StartCloud(qv_cloud::CloudOptions options = {});

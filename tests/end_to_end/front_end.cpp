@@ -5,16 +5,6 @@
 namespace end_to_end {
 namespace {
 
-std::mutex livesMutex;
-std::condition_variable livesChanged;
-int lives = 0;
-
-void ChangeLives(int difference) {
-  const std::lock_guard<std::mutex> lock(livesMutex);
-  lives += difference;
-  livesChanged.notify_all();
-}
-
 template <class... Values>
 std::string Line(std::string text, const Values&... values) {
   ((text += ' ', text += std::to_string(values)), ...);
@@ -53,18 +43,7 @@ Texts Record::All() const {
   return texts;
 }
 
-FrontEnd::FrontEnd(Reaction reaction) : reaction(std::move(reaction)) {
-  ChangeLives(1);
-}
-
-FrontEnd::~FrontEnd() {
-  ChangeLives(-1);
-}
-
-bool FrontEnd::WaitUntilNoneIsLeft() {
-  std::unique_lock<std::mutex> lock(livesMutex);
-  return livesChanged.wait_for(lock, kPatience, [] { return lives == 0; });
-}
+FrontEnd::FrontEnd(Reaction reaction) : reaction(std::move(reaction)) {}
 
 std::string FrontEnd::States() const {
   std::string states;

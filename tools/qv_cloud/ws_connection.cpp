@@ -217,8 +217,9 @@ std::weak_ptr<WsConnection> ServeSignalling(net::ip::tcp::socket socket, net::ss
   if (faults.closeAt == Step::accept) return {};
   error_code ignored;
   socket.set_option(net::ip::tcp::no_delay(true), ignored);
-  // So that a client which the cloud does not read notices it soon.
-  if (faults.stopReading) socket.set_option(net::socket_base::receive_buffer_size(16 * 1024), ignored);
+  // So that a client which the cloud does not read notices it soon; but not below a few segments of the loopback, or
+  // the line would stay stalled when reading goes on.
+  if (faults.stopReading) socket.set_option(net::socket_base::receive_buffer_size(128 * 1024), ignored);
   if (!tls) return StartNew<WsConnectionOver<beast::tcp_stream>>(std::move(socket), state, line);
   return StartNew<WsConnectionOver<beast::ssl_stream<beast::tcp_stream>>>(std::move(socket), state, line, *tls);
 }
