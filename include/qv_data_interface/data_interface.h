@@ -18,8 +18,9 @@ namespace qv_data_interface {
 // Threads: every operation may be called from any thread, from inside a notice too. Commands of different threads run
 // side by side.
 // Results: 0 is success and -1 the general failure (wrong state, bad argument, no connection); other values are those
-// of the service that did the work. Ownership: texts and records are read or copied during the call. The order of the
-// operations is part of the binary interface.
+// of the service that did the work.
+// Ownership: texts and records are read or copied during the call.
+// The order of the operations is part of the binary interface.
 class QV_DATA_INTERFACE_API IQVDataInterface {
  public:
   // A new, independent object; never empty. Throws std::bad_alloc when memory is short.

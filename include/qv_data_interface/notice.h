@@ -19,11 +19,13 @@ struct IspItem {
 // kResultWsInitFailed inside ChangeIsp. The notices of one WebSocket connection do not overlap each other; others may
 // overlap them.
 // Re-entry: no lock is held. Every operation of the library may be called from inside a notice, ReleasePhoneConnect and
-// the dropping of the last pointer included. ChangeIsp from inside a notice returns -1 when another ChangeIsp is at
-// work. Last notice: when ReleasePhoneConnect has returned no further notice begins on a service's thread, and none is
-// running there unless ReleasePhoneConnect was itself called from inside a notice. A GetPhoneConnect or ChangeIsp that
-// another thread of the front end is in at that moment may still bring its own. Ownership: texts are UTF-8,
-// NUL-terminated and valid during the call only, like lists.
+// the dropping of the last pointer included. ChangeIsp from inside a notice, of any object, returns -1 when another
+// ChangeIsp is at work.
+// Last notice: when the ReleasePhoneConnect that did the work has returned, no further notice begins on a service's
+// thread, and none is running there. Two exceptions: a release from inside a notice (of any object) does not wait for
+// the notices of other threads; and a GetPhoneConnect or ChangeIsp that another thread of the front end is in may still
+// bring its own.
+// Ownership: texts are UTF-8, NUL-terminated and valid during the call only, like lists.
 //
 // The notices named after their number are relayed from the phone unchanged; the session protocol of the front end
 // gives them their meaning. The order of the operations is part of the binary interface.

@@ -1,7 +1,8 @@
 // Counts the threads of the services, so that a host can wait for the last one before it ends or unloads the libraries.
 //
 // A service that is stopped from the outside joins its thread. One that is stopped or let go from inside a notice
-// cannot: its thread ends by itself, soon after the notice. Threads: everything from any thread.
+// cannot: its thread ends by itself, soon after the notice.
+// Threads: everything from any thread.
 #ifndef REFERENCE_COMMON_SERVICE_THREADS_H
 #define REFERENCE_COMMON_SERVICE_THREADS_H
 

@@ -99,8 +99,11 @@ std::int32_t CQVDataControl::SendDummyReq() {
 }
 
 std::int32_t CQVDataControl::ChangeIsp(std::uint32_t ispCode) {
+  // The front end may drop its last pointer in a notice that comes inside this call.
+  const auto self = shared_from_this();
   const Generation since = generation;
   if (!GateIsOpen()) return -1;
+  const FrontEnd frontEnd = notice.Copy();
   std::optional<InitWSOutcome> outcome;
   {
     // Inside the front end's callback this thread may be the very one that a rebuild elsewhere is waiting for.
@@ -108,15 +111,15 @@ std::int32_t CQVDataControl::ChangeIsp(std::uint32_t ispCode) {
     const RebuildLockReleaser releaser(ispLock);
     outcome = ChangeIspLocked(ispCode, since);
   }
-  return outcome ? FinishInitWS(*outcome) : -1;
+  return outcome ? FinishInitWS(frontEnd, *outcome) : -1;
 }
 
 std::optional<CQVDataControl::InitWSOutcome> CQVDataControl::ChangeIspLocked(std::uint32_t ispCode, Generation since) {
   // Released while this call waited its turn.
   if (generation != since) return InitWSOutcome::kOvertakenByRelease;
-  if (const auto granted = grantedInfo.Take()) instanceInfo = *granted;
+  TakeOverGrantedInfoLocked();
   if (ispCode == currentIspCode) return InitWSOutcome::kConnectionHeld;
-  const pass_interface::StreamEndpoints* endpoints = ChooseEndpointsLocked(ispCode);
+  const pass_interface::StreamEndpoints* endpoints = ChooseEndpointsLocked(ispCode, since);
   if (endpoints == nullptr) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE]Can not find ispInfo with IspCode[%d]", static_cast<int>(ispCode));
     return std::nullopt;
@@ -125,7 +128,16 @@ std::optional<CQVDataControl::InitWSOutcome> CQVDataControl::ChangeIspLocked(std
   return InitWS(*endpoints, since);
 }
 
-const pass_interface::StreamEndpoints* CQVDataControl::ChooseEndpointsLocked(std::uint32_t ispCode) {
+void CQVDataControl::TakeOverGrantedInfoLocked() {
+  const auto granted = grantedInfo.Take();
+  if (!granted) return;
+  instanceInfo = granted->info;
+  instanceInfoSince = granted->since;
+}
+
+const pass_interface::StreamEndpoints* CQVDataControl::ChooseEndpointsLocked(std::uint32_t ispCode, Generation since) {
+  // What was granted before the last release may be another phone's.
+  if (instanceInfoSince != since) return nullptr;
   const int shownCode = static_cast<int>(ispCode);
   if (ispCode == kIspCodeDefault) {
     currentIspCode = ispCode;

@@ -1,10 +1,11 @@
 // The controller: the one object behind all public interfaces. It owns one connection to a phone, from Init to release,
 // and is the sink of the HTTP service's and the WebSocket library's notices.
 //
-// Threads: the front end's calls, the HTTP service's notices and the WebSocket library's notices enter side by side.
-// The controller starts no thread and waits only for its two locks, which are never held together. Ownership: made by
-// the factories as a shared pointer. The services get shared pointers to it as their sink; what it holds itself it lets
-// go in ReleasePhoneConnect, which the destructor calls.
+// Threads: the front end's calls, the HTTP service's notices and the WebSocket library's notices enter side by side. The
+// controller starts no thread. It calls out with no lock held but ispLock during a change of line; every other lock is
+// held for a moment only, and no two of ispLock and collectMutex together.
+// Ownership: made by the factories as a shared pointer. The services get shared pointers to it as their sink; what it
+// holds itself it lets go in ReleasePhoneConnect, which the destructor calls.
 //
 // The source files follow the life of a connection: construct, initialise, phone_connect, service_answers,
 // websocket_setup, websocket_events, commands, release; internal_operations stand beside them.
@@ -151,7 +152,7 @@ class CQVDataControl final : public IQVInternalDataInterface,
   InitWSOutcome InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since);
   // Reports a failure and makes the outcome a result: 0 or -1. Apart from InitWS, because it calls the front end and
   // fills the telemetry, which ChangeIsp must not do with ispLock held.
-  std::int32_t FinishInitWS(InitWSOutcome outcome);
+  std::int32_t FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome);
   // Destroys the connection of that generation, if there is one. Of several threads only one gets to do it.
   void DropConnection(Generation since);
 
@@ -159,10 +160,10 @@ class CQVDataControl final : public IQVInternalDataInterface,
   void OnConnected(const FrontEnd& frontEnd);
   void OnConnecting(const FrontEnd& frontEnd);
   void OnDisconnected(const FrontEnd& frontEnd);
-  std::int32_t ChooseVideoFormat(const std::vector<std::int32_t>& offered);
+  std::int32_t ChooseVideoFormat(const FrontEnd& frontEnd, const std::vector<std::int32_t>& offered);
   void RefreshSession();
   template <class... Params, class... Args>
-  void Relay(void (IQVDataInterfaceNotic::*operation)(Params...), Args... args);
+  static void Relay(const FrontEnd& frontEnd, void (IQVDataInterfaceNotic::*operation)(Params...), Args... args);
 
   // commands
   bool GateIsOpen() const;
@@ -170,7 +171,9 @@ class CQVDataControl final : public IQVInternalDataInterface,
   std::int32_t Forward(std::int32_t (ws_interface::IWSInterface::*operation)(Params...), Args... args);
   // Nothing when the line is not known.
   std::optional<InitWSOutcome> ChangeIspLocked(std::uint32_t ispCode, Generation since) QV_REQUIRES(ispLock);
-  const pass_interface::StreamEndpoints* ChooseEndpointsLocked(std::uint32_t ispCode) QV_REQUIRES(ispLock);
+  void TakeOverGrantedInfoLocked() QV_REQUIRES(ispLock);
+  const pass_interface::StreamEndpoints* ChooseEndpointsLocked(std::uint32_t ispCode, Generation since)
+      QV_REQUIRES(ispLock);
 
   // shared by the stages
   // Whether what was begun in that generation may still be kept.
@@ -207,10 +210,15 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // Serialises changes of the carrier line, each with its rebuild of the connection, and guards what they read.
   RebuildLock ispLock;
   pass_interface::InstanceInfo instanceInfo QV_GUARDED_BY(ispLock);
+  Generation instanceInfoSince QV_GUARDED_BY(ispLock) = 0;
   std::uint32_t currentIspCode QV_GUARDED_BY(ispLock) = kIspCodeDefault;
-  // A granted record on its way into instanceInfo: whoever holds ispLock next takes it over, so that an answer never
-  // waits for a rebuild (which may be waiting, in a service, for the thread that brings the answer).
-  Guarded<std::shared_ptr<const pass_interface::InstanceInfo>> grantedInfo;
+  // The newest granted record, on its way into instanceInfo: whoever holds ispLock next takes it over, so that an
+  // answer never waits for a rebuild (which may be waiting, in a service, for the thread that brings the answer).
+  struct GrantedInfo {
+    pass_interface::InstanceInfo info;
+    Generation since;
+  };
+  Guarded<std::shared_ptr<const GrantedInfo>> grantedInfo;
 
   // Holds messageCollect and its lock, collectMutex.
   StatusTemplate status;

@@ -80,9 +80,10 @@ std::int32_t CQVDataControl::Init(const char* credential1, const char* credentia
   result = InitServices(systemParam);
   if (result != 0) return result;
 
-  this->reconnectNumber = reconnectNumber;
-  this->notice.Replace(std::move(notice));
   SetupServices();
+  this->reconnectNumber = reconnectNumber;
+  // Last, for a notice interface that holds this object is let go only by a release, which needs the state ready.
+  this->notice.Replace(std::move(notice));
   outcome.ready = true;
   return 0;
 }

@@ -38,12 +38,15 @@ class ConnectClaim {
 }  // namespace
 
 std::int32_t CQVDataControl::GetPhoneConnect() {
+  // The front end may drop its last pointer in a notice that comes inside this call.
+  const auto self = shared_from_this();
   const Generation since = generation;
   if (initState != kStateReady) return -1;
   QV_LOG(kLogTrace, "[QV_DATA_INTERFACE][TimeConsumingFlag][%s] start; Begin GetPhoneConnect", targetId.Copy().c_str());
 
   const auto service = passInterface.Copy();
-  if (!service) return -1;
+  // Copied first and checked then, so that the service is that of this generation.
+  if (!service || generation != since) return -1;
   ConnectClaim claim(connectRequested, since);
   if (!claim.IsGranted()) return -1;
   RecordMilestoneNow("startGetInstanceInfo");
@@ -71,25 +74,28 @@ bool CQVDataControl::LoadCachedInfo(InstanceInfo& info) {
 }
 
 void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation since) {
-  // Released meanwhile, and perhaps initialised anew for another phone, of which this record says nothing. The same
-  // holds after InitWS, which may call the front end.
-  if (generation != since) return;
   const FrontEnd frontEnd = notice.Copy();
-  sessionId.Replace(info.sessionId);
+  // A release may pass at any moment, and an Init for another phone, of which this record says nothing. So each thing
+  // is kept only for the generation that it was granted in.
+  sessionId.Update([&](std::string& id) {
+    if (generation == since) id = info.sessionId;
+  });
   QV_LOG(kLogTrace, "[QV_DATA_INTERFACE][TimeConsumingFlag][%s] HandlePhoneConnect; Begin connect ws",
          targetId.Copy().c_str());
   RecordMilestoneNow("endGetInstanceInfo");
   RecordMilestoneNow("startConnect");
 
-  FinishInitWS(InitWS(info.endpoints, since));
-  if (generation != since) return;
-  status.FillIfMade([&info](Status& data) {
+  FinishInitWS(frontEnd, InitWS(info.endpoints, since));
+  status.FillIfMade([&](Status& data) {
+    if (generation != since) return;
     data.sessionId = info.sessionId;
     data.wsDomain = info.endpoints.webSocketDomain;
     data.wsPort = std::to_string(info.endpoints.webSocketPort);
   });
-  // Whoever holds ispLock next takes it over.
-  grantedInfo.Replace(std::make_shared<const InstanceInfo>(info));
+  const auto granted = std::make_shared<const GrantedInfo>(GrantedInfo{info, since});
+  grantedInfo.Update([&granted](std::shared_ptr<const GrantedInfo>& newest) {
+    if (!newest || newest->since <= granted->since) newest = granted;
+  });
   RegisterInstance(info, since);
   if (IsCurrent(since)) TellIspList(frontEnd, info);
 }

@@ -9,6 +9,8 @@
 namespace qv_data_interface {
 
 void CQVDataControl::ReleasePhoneConnect() {
+  // Letting go of the notice interface may drop the last pointer to this object. Empty inside the destructor.
+  const auto self = weak_from_this().lock();
   std::uint32_t expected = kStateReady;
   if (!initState.compare_exchange_strong(expected, kStateReleasing)) return;
   // Closes the gate of the commands too: what has been requested belongs to the generation before.
@@ -39,8 +41,8 @@ void CQVDataControl::ReleasePhoneConnect() {
   });
   attempt([this] { notice.Replace(nullptr); });
   attempt([this] {
-    const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
     const std::int32_t rowId = collectRowId.Take();
+    const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
     if (!collector || rowId <= 0) return;
     if (collector->DeleteInstanceInfo(rowId) == -1) QV_LOG(kLogError, "[QV_DATA_INTERFACE]DeleteInstanceInfo failed");
   });

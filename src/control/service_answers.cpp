@@ -44,6 +44,7 @@ void CQVDataControl::OnPhoneConnectRsp(std::int32_t transportResult, std::uint32
   }
   // The key first: the front end may release and turn to another phone in one of the notices.
   const std::string key = cacheKey.Copy();
+  if (generation != since) return;
   HandlePhoneConnect(*answer, since);
   SaveToCache(key, *answer);
 }
@@ -69,8 +70,10 @@ void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint
            answer->message.c_str());
     return ReportRefusal(frontEnd, *answer, since);
   }
+  const auto connection = wsConnection.Copy();
+  if (generation != since) return;
   sessionId.Replace(answer->sessionId);
-  if (const auto connection = wsConnection.Copy()) connection->SetSessionId(answer->sessionId.c_str());
+  if (connection) connection->SetSessionId(answer->sessionId.c_str());
   status.FillIfMade([&answer](Status& data) { data.sessionId = answer->sessionId; });
 }
 

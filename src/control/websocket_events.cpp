@@ -1,4 +1,6 @@
-// The WebSocket library's notices. Run on its threads; the notices of one connection do not overlap.
+// The WebSocket library's notices. Run on its threads; the notices of one connection do not overlap. Each copies the
+// front end's notice interface before anything else, so that one which a release and a new Init overtake does not bring
+// the old connection's news to the new front end.
 #include <algorithm>
 #include <string_view>
 
@@ -86,21 +88,22 @@ void CQVDataControl::OnConnectStep(std::int32_t step) {
 
 std::int32_t CQVDataControl::OnAuthRsp(std::uint64_t /*value1*/, std::uint64_t /*value2*/, std::uint64_t /*value3*/,
                                        const char* formats) {
+  const FrontEnd frontEnd = notice.Copy();
   RecordMilestoneNow("onAuthR");
   const std::vector<std::int32_t> known = ParseFormats(formats);
   const std::vector<std::int32_t> offered = supportedFormats.Update([&known](std::vector<std::int32_t>& all) {
     all.insert(all.end(), known.begin(), known.end());
     if (all.empty()) all.push_back(QV_VIDEO_FORMAT_H264);
   });
-  const std::int32_t choice = ChooseVideoFormat(offered);
+  const std::int32_t choice = ChooseVideoFormat(frontEnd, offered);
   QV_LOG(kLogInfo, "[QV_DATA_INTERFACE][%s]Choose video format[%d]", targetId.Copy().c_str(), choice);
   RecordMilestoneNow("sendPlay");
   return choice;
 }
 
-std::int32_t CQVDataControl::ChooseVideoFormat(const std::vector<std::int32_t>& offered) {
+std::int32_t CQVDataControl::ChooseVideoFormat(const FrontEnd& frontEnd, const std::vector<std::int32_t>& offered) {
   std::int32_t choice = QV_VIDEO_FORMAT_H264;
-  if (const FrontEnd frontEnd = notice.Copy()) {
+  if (frontEnd) {
     Tell(frontEnd,
          [&](IQVDataInterfaceNotic& notic) { choice = notic.OnChooseVideoFormat(offered.data(), offered.size()); });
     return choice;
@@ -114,11 +117,12 @@ std::int32_t CQVDataControl::ChooseVideoFormat(const std::vector<std::int32_t>& 
 void CQVDataControl::OnPlayRsp(std::uint32_t value1, std::uint64_t value2, std::uint32_t value3, std::uint32_t value4,
                                std::uint32_t value5, std::uint32_t value6, std::uint32_t value7, std::uint32_t value8,
                                std::uint32_t value9, std::uint32_t value10) {
+  const FrontEnd frontEnd = notice.Copy();
   RecordMilestoneNow("onPlayR");
   status.FillIfMade([](Status& data) { data.playResponseTime = NowMs(); });
   SendMessageCollect(1, 1, 0, "", "");
-  Relay(&IQVDataInterfaceNotic::OnPlayRsp, value1, value2, value3, value4, value5, value6, value7, value8, value9,
-        value10);
+  Relay(frontEnd, &IQVDataInterfaceNotic::OnPlayRsp, value1, value2, value3, value4, value5, value6, value7, value8,
+        value9, value10);
 }
 
 void CQVDataControl::OnErrorCode(std::uint32_t code, const char* text) {
@@ -145,6 +149,7 @@ void CQVDataControl::RefreshSession() {
 
 void CQVDataControl::OnFirstFrame(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,
                                   std::uint32_t value4) {
+  const FrontEnd frontEnd = notice.Copy();
   if (!firstFrameSeen) {
     status.FillIfMade([this](Status& data) {
       if (!firstFrameSeen.exchange(true)) data.firstFrameTime = NowMs();
@@ -154,42 +159,45 @@ void CQVDataControl::OnFirstFrame(std::uint64_t value1, std::uint64_t value2, st
     RecordMilestoneNow("recvFirstFrame");
     if (!isInternal) SendMessageCollect(1, 2, 0, "", "");
   }
-  Relay(&IQVDataInterfaceNotic::OnFirstFrame, value1, value2, value3, value4);
+  Relay(frontEnd, &IQVDataInterfaceNotic::OnFirstFrame, value1, value2, value3, value4);
 }
 
 template <class... Params, class... Args>
-void CQVDataControl::Relay(void (IQVDataInterfaceNotic::*operation)(Params...), Args... args) {
-  Tell(notice.Copy(), [&](IQVDataInterfaceNotic& notic) { (notic.*operation)(args...); });
+void CQVDataControl::Relay(const FrontEnd& frontEnd, void (IQVDataInterfaceNotic::*operation)(Params...),
+                           Args... args) {
+  Tell(frontEnd, [&](IQVDataInterfaceNotic& notic) { (notic.*operation)(args...); });
 }
 
 void CQVDataControl::OnNotice5() {
-  Relay(&IQVDataInterfaceNotic::OnNotice7);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice7);
 }
 
 void CQVDataControl::OnNotice6(const char* text) {
+  const auto connection = wsConnection.Copy();
   Tell(notice.Copy(), [text](IQVDataInterfaceNotic& notic) { notic.OnNotice8(text); });
-  if (const auto connection = wsConnection.Copy()) connection->SendReq9(text, 0);
+  if (connection) connection->SendReq9(text, 0);
 }
 
 void CQVDataControl::OnNotice7() {
-  Relay(&IQVDataInterfaceNotic::OnNotice9);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice9);
 }
 
 void CQVDataControl::OnNotice8() {
-  Relay(&IQVDataInterfaceNotic::OnNotice10);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice10);
 }
 
 void CQVDataControl::OnNotice9(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3, std::uint32_t value4,
                                std::uint32_t value5) {
-  Relay(&IQVDataInterfaceNotic::OnNotice12, value1, value2, value3, value4, value5);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice12, value1, value2, value3, value4, value5);
 }
 
 void CQVDataControl::OnNotice10() {
-  Relay(&IQVDataInterfaceNotic::OnNotice13);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice13);
 }
 
 void CQVDataControl::OnVideoParamRsp(std::int32_t result, std::uint64_t value, std::uint16_t frameRate,
                                      std::uint32_t bitRate, std::uint16_t width, std::uint16_t height) {
+  const FrontEnd frontEnd = notice.Copy();
   if (result == 0) {
     // A new record: the old one may be in use by a connection that is being made.
     videoParam.Update([=](std::shared_ptr<const QvVideoParam>& param) {
@@ -202,32 +210,32 @@ void CQVDataControl::OnVideoParamRsp(std::int32_t result, std::uint64_t value, s
       param = std::make_shared<const QvVideoParam>(changed);
     });
   }
-  Relay(&IQVDataInterfaceNotic::OnVideoParamRsp, result, value, frameRate, bitRate, width, height);
+  Relay(frontEnd, &IQVDataInterfaceNotic::OnVideoParamRsp, result, value, frameRate, bitRate, width, height);
 }
 
 void CQVDataControl::OnNotice12() {
-  Relay(&IQVDataInterfaceNotic::OnNotice15);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice15);
 }
 
 void CQVDataControl::OnNotice13(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,
                                 std::uint32_t value4) {
-  Relay(&IQVDataInterfaceNotic::OnNotice16, value1, value2, value3, value4);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice16, value1, value2, value3, value4);
 }
 
 void CQVDataControl::OnNotice14() {
-  Relay(&IQVDataInterfaceNotic::OnNotice19);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice19);
 }
 
 void CQVDataControl::OnNotice23() {
-  Relay(&IQVDataInterfaceNotic::OnNotice6);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice6);
 }
 
 void CQVDataControl::OnNotice24() {
-  Relay(&IQVDataInterfaceNotic::OnNotice11);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice11);
 }
 
 void CQVDataControl::OnNotice25() {
-  Relay(&IQVDataInterfaceNotic::OnNotice17);
+  Relay(notice.Copy(), &IQVDataInterfaceNotic::OnNotice17);
 }
 
 }  // namespace qv_data_interface

@@ -85,12 +85,15 @@ CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::Strea
   ConnectRecords records;
   if (!FillConnectRecords(records)) return InitWSOutcome::kFailed;
   const std::string url = MakeUrl(endpoints);
-
+  const std::string credential = credential1.Copy();
   const auto manager = wsManager.Copy();
+  // Copied first and checked then, so that all of it is of this generation.
+  if (generation != since) return InitWSOutcome::kOvertakenByRelease;
+
   if (!wsConnection.Copy() && manager) {
     const std::shared_ptr<ws_interface::IWSInterfaceNotic> sink = shared_from_this();
-    const auto created = manager->CreateWS(credential1.Copy().c_str(), url.c_str(), &records.connectInfo,
-                                           &records.videoInfo, &records.defaultParam, &records.systemParam, sink, 0);
+    const auto created = manager->CreateWS(credential.c_str(), url.c_str(), &records.connectInfo, &records.videoInfo,
+                                           &records.defaultParam, &records.systemParam, sink, 0);
     // Not kept when another answer was faster, whose connection stays, or when a release has passed.
     const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return IsCurrent(since); });
     if (created && !isKept) manager->DestroyWS(created);
@@ -99,13 +102,13 @@ CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::Strea
   return wsConnection.Copy() ? InitWSOutcome::kConnectionHeld : InitWSOutcome::kFailed;
 }
 
-std::int32_t CQVDataControl::FinishInitWS(InitWSOutcome outcome) {
+std::int32_t CQVDataControl::FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome) {
   if (outcome == InitWSOutcome::kConnectionHeld) return 0;
   // A front end that releases knows why there is no connection.
   if (outcome == InitWSOutcome::kOvertakenByRelease) return -1;
   QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]Init WS failed;Error code [%d]", targetId.Copy().c_str(),
          static_cast<int>(kResultWsInitFailed));
-  TellStatus(notice.Copy(), kResultWsInitFailed);
+  TellStatus(frontEnd, kResultWsInitFailed);
   SendMessageCollect(0, 0, kResultWsInitFailed, "", "");
   return -1;
 }

@@ -7,7 +7,8 @@
 namespace qv_data_interface {
 namespace {
 
-const std::map<int, std::string> resultCodeMessages = {
+// Never destroyed: a service's thread may report while the process ends.
+const std::map<int, std::string>& resultCodeMessages = *new std::map<int, std::string>{
     {kResultSuccess, "success"},
     {kResultWsInitFailed, "web socket init failed"},
     {kResultWsDisconnect, "web socket disconnect"},
@@ -18,7 +19,7 @@ const std::map<int, std::string> resultCodeMessages = {
     {kResultRefreshSessionNot200, "Http Req for refresh-session can not get 200"},
 };
 
-const std::string noMessage;
+const std::string& noMessage = *new std::string;
 
 }  // namespace
 
