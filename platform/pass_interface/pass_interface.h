@@ -23,7 +23,8 @@ class IPassInterface {
                                   const char* credential3, const char* version,
                                   std::shared_ptr<IPassInterfaceNotic> notic, void* reserved, std::uint32_t httpValue1,
                                   std::uint32_t httpValue2, bool enabled) = 0;
-  // Ends every request. Waits for a notice in flight, unless called from inside it; afterwards no notice comes.
+  // Ends every request. Waits for a notice in flight, unless called from inside a notice of any service: two services
+  // that stop each other from inside their notices would wait for ever. Afterwards no notice begins.
   virtual void Stop() = 0;
   virtual void Reserved3() = 0;
   // 0: issued, OnPhoneConnectRsp follows; otherwise nothing follows.

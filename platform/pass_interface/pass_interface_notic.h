@@ -1,7 +1,9 @@
 // The sink of the HTTP service's answers.
 //
 // Threads: called on the service's own thread, one answer at a time. No lock of the service is held; every operation of
-// IPassInterface may be called from inside, stop included. When stop has returned no further notice comes.
+// IPassInterface may be called from inside, stop included. When stop has returned no further notice begins, and
+// none is running unless stop was called from inside a notice of any service: two services that stop each other from
+// inside their notices would wait for ever.
 // Ownership: an answer record is passed with every notice and belongs to the receiver.
 #ifndef SDK_PASS_INTERFACE_PASS_INTERFACE_NOTIC_H
 #define SDK_PASS_INTERFACE_PASS_INTERFACE_NOTIC_H

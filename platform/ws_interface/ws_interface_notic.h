@@ -2,8 +2,9 @@
 //
 // Threads: called on the WebSocket library's threads; the notices of one connection never overlap. No lock of the
 // library is held; every operation of IWSInterface and IWSManagerInterface may be called from inside, DestroyWS and
-// stop included. When DestroyWS or stop has returned no further notice of the connection comes. Ownership: texts are
-// NUL-terminated and valid during the call only.
+// stop included. When DestroyWS or stop has returned no further notice of the connection begins, and none is running
+// unless it was called from inside a notice of any service: two services that stop each other from inside their notices
+// would wait for ever. Ownership: texts are NUL-terminated and valid during the call only.
 #ifndef SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
 #define SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
 

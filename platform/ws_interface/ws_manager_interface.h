@@ -27,7 +27,8 @@ class IWSManagerInterface {
                                                  const WSConnectInfo* connectInfo, const WSVideoInfo* videoInfo,
                                                  const WSDefaultParam* defaultParam, const WSSystemParam* systemParam,
                                                  std::shared_ptr<IWSInterfaceNotic> notic, std::uint64_t reserved) = 0;
-  // Ends a connection. Waits for a notice in flight, unless called from inside it; afterwards none comes.
+  // Ends a connection. Waits for a notice in flight, unless called from inside a notice of any service: two services
+  // that stop each other from inside their notices would wait for ever. Afterwards none begins.
   virtual void DestroyWS(std::shared_ptr<IWSInterface> connection) = 0;
   virtual void Reserved4() = 0;
   // Ends all connections in the same way; CreateWS then returns nothing until Initialise.

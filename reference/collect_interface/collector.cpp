@@ -1,5 +1,6 @@
 #include "reference/collect_interface/collector.h"
 
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
@@ -14,13 +15,16 @@ namespace {
 using reference::sqlite::Connection;
 using reference::sqlite::Transaction;
 
+// The end of a connection reports several times and must not take long; a row less is no loss to the user.
+constexpr std::chrono::milliseconds kLockPatience{50};
+
 int ResultOf(bool done) {
   return done ? 0 : -1;
 }
 
 }  // namespace
 
-Collector::Collector() : store("[REFERENCE_COLLECT_INTERFACE]", kDatabaseFile, kSchema) {}
+Collector::Collector() : store("[REFERENCE_COLLECT_INTERFACE]", kDatabaseFile, kSchema, kLockPatience) {}
 
 void Collector::SetCollectSdkType(const char* newType) {
   if (newType == nullptr) return;

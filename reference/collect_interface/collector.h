@@ -1,7 +1,8 @@
 // The collector: keeps instance rows and status messages in a local database, see schema.h. Registering an SDK type
 // opens nothing, since that happens while the libraries of the process are being loaded.
 //
-// Threads: every operation from any thread; each ends when its rows are written, in well under a millisecond.
+// Threads: every operation from any thread; each ends when its rows are written, in well under a millisecond
+// unless another process holds the database: that is waited for 50 ms at most, then the rows are lost.
 // Ownership: holds its database until it is destroyed; a message is read during the call only.
 #ifndef REFERENCE_COLLECT_INTERFACE_COLLECTOR_H
 #define REFERENCE_COLLECT_INTERFACE_COLLECTOR_H

@@ -5,6 +5,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "reference/common/openssl_at_exit.h"
+
 namespace collect_interface {
 namespace {
 
@@ -14,6 +16,7 @@ constexpr std::size_t kDigestBytesKept = 8;
 
 std::string SessionDigest(std::string_view sessionId) {
   if (sessionId.empty()) return {};
+  reference::KeepOpenSslAtExit();
   std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
   if (EVP_Digest(sessionId.data(), sessionId.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1) {
     throw std::runtime_error("the digest of a session id could not be made");

@@ -8,7 +8,6 @@
 namespace reference::sqlite {
 namespace {
 
-constexpr int kBusyTimeoutMs = 500;
 // No text of ours comes near it; a file that claims longer ones is not ours.
 constexpr int kMaxValueBytes = 16 * 1024 * 1024;
 
@@ -51,13 +50,13 @@ std::string Rows::Text(int column) const {
   return text != nullptr ? std::string(text, static_cast<std::size_t>(size)) : std::string();
 }
 
-Connection::Connection(const std::filesystem::path& file, const char* setup) {
+Connection::Connection(const std::filesystem::path& file, const char* setup, std::chrono::milliseconds lockPatience) {
   sqlite3* opened = nullptr;
   const int code = sqlite3_open_v2(reinterpret_cast<const char*>(file.u8string().c_str()), &opened,
                                    SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   handle.reset(opened);
   Check(code, opened);
-  sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+  sqlite3_busy_timeout(opened, static_cast<int>(lockPatience.count()));
   sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, kMaxValueBytes);
   RunScript("PRAGMA trusted_schema=OFF; PRAGMA foreign_keys=ON;");
   RunScript(setup);

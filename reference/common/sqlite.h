@@ -6,6 +6,7 @@
 #ifndef REFERENCE_COMMON_SQLITE_H
 #define REFERENCE_COMMON_SQLITE_H
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -52,8 +53,8 @@ class Rows {
 class Connection {
  public:
   // Opens or makes the file, then runs setup: how it is written (journal_mode, synchronous) and the CREATE statements.
-  // Locks of another process are waited for half a second.
-  Connection(const std::filesystem::path& file, const char* setup);
+  // Each operation waits at most that long for a lock of another process.
+  Connection(const std::filesystem::path& file, const char* setup, std::chrono::milliseconds lockPatience = {});
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;

@@ -68,7 +68,7 @@ void Store::OpenLocked(const std::filesystem::path& file) {
   if (connection && openFile == file && std::filesystem::exists(file)) return;
   connection.reset();
   std::filesystem::create_directories(file.parent_path());
-  connection.emplace(file, setup);
+  connection.emplace(file, setup, lockPatience);
   openFile = file;
   // Sessions and addresses are the user's own business. Where the file system knows no owner, it stays as it is.
   std::error_code ignored;

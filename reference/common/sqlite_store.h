@@ -9,6 +9,7 @@
 #ifndef REFERENCE_COMMON_SQLITE_STORE_H
 #define REFERENCE_COMMON_SQLITE_STORE_H
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <mutex>
@@ -21,8 +22,9 @@ namespace reference::sqlite {
 
 class Store {
  public:
-  // tag: begins the log lines. setup: see Connection. The texts are literals.
-  Store(const char* tag, const char* fileName, const char* setup) : tag(tag), fileName(fileName), setup(setup) {}
+  // tag: begins the log lines. setup and lockPatience: see Connection. The texts are literals.
+  Store(const char* tag, const char* fileName, const char* setup, std::chrono::milliseconds lockPatience)
+      : tag(tag), fileName(fileName), setup(setup), lockPatience(lockPatience) {}
 
   // Calls work with the open connection; false when there is none or work throws. Never throws.
   bool Use(const std::function<void(Connection&)>& work) noexcept;
@@ -34,6 +36,7 @@ class Store {
   const char* const tag;
   const char* const fileName;
   const char* const setup;
+  const std::chrono::milliseconds lockPatience;
 
   std::mutex connectionMutex;
   std::filesystem::path openFile;

@@ -22,6 +22,9 @@ constexpr char kSetup[] = R"(
   PRAGMA synchronous=NORMAL;
 )";
 
+// A row costs or saves one request, which takes about as long.
+constexpr std::chrono::milliseconds kLockPatience{200};
+
 std::int64_t NowMs() {
   using std::chrono::milliseconds;
   return std::chrono::duration_cast<milliseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
@@ -29,7 +32,7 @@ std::int64_t NowMs() {
 
 }  // namespace
 
-SessionCache::SessionCache() : store("[REFERENCE_DATABASE_INTERFACE]", "session_cache.db", kSetup) {}
+SessionCache::SessionCache() : store("[REFERENCE_DATABASE_INTERFACE]", "session_cache.db", kSetup, kLockPatience) {}
 
 std::int32_t SessionCache::SaveSessionCache(const char* cacheKey, const char* cipherText, std::int64_t expiry) {
   if (cacheKey == nullptr || cipherText == nullptr) return -1;

@@ -4,6 +4,7 @@
 #include <json/value.h>
 
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -177,19 +178,33 @@ void Read(const ObjectReader& root, RefreshSessionRsp& answer) {
   if (ReadHeader(root, answer)) root.Object("data").NonEmptyText("sessionId", answer.sessionId);
 }
 
+// What is wrong with the text; nothing when it was read.
+template <class Answer>
+std::string ReadFault(std::string_view text, Answer& answer) {
+  try {
+    const Json::Value document = ParseDocument(text);
+    Read(ObjectReader(document, ""), answer);
+    return {};
+  } catch (const Malformed& malformed) {
+    return malformed.what();
+  } catch (const Json::Exception&) {
+    // jsoncpp throws when the document is nested too deeply. Its message is not passed on: it may quote the document.
+    return "the answer: is not JSON, or is nested more than " + std::to_string(kMaximumDepth) + " levels deep";
+  }
+}
+
 template <class Answer>
 bool Parse(std::string_view text, Answer& answer, std::string& problem) noexcept {
   Answer read;
   try {
-    const Json::Value document = ParseDocument(text);
-    Read(ObjectReader(document, ""), read);
-    answer = std::move(read);
-    return true;
-  } catch (const Malformed& malformed) {
-    problem = malformed.what();
+    problem = ReadFault(text, read);
+    if (problem.empty()) {
+      answer = std::move(read);
+      return true;
+    }
   } catch (const std::exception&) {
-    // jsoncpp throws when the document is nested too deeply. Its message is not passed on: it may quote the document.
-    problem = "the answer: is not JSON, or is nested more than " + std::to_string(kMaximumDepth) + " levels deep";
+    // Short enough to need none.
+    problem = "out of memory";
   }
   answer = Answer();
   answer.requestTag = std::move(read.requestTag);

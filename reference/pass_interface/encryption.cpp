@@ -20,6 +20,8 @@
 #include <string_view>
 #include <utility>
 
+#include "reference/common/openssl_at_exit.h"
+
 namespace pass_interface {
 namespace {
 
@@ -44,6 +46,7 @@ using Handle = std::unique_ptr<Object, Deleter<Object, Free>>;
 class DerivedKey {
  public:
   DerivedKey(const unsigned char* key, std::string_view label) {
+    reference::KeepOpenSslAtExit();
     const Handle<EVP_KDF, EVP_KDF_free> kdf(EVP_KDF_fetch(nullptr, OSSL_KDF_NAME_HKDF, nullptr));
     if (!kdf) return;
     const Handle<EVP_KDF_CTX, EVP_KDF_CTX_free> context(EVP_KDF_CTX_new(kdf.get()));

@@ -4,12 +4,19 @@
 #include <exception>
 #include <utility>
 
+#include "reference/common/guarded.h"
 #include "reference/pass_interface/pass_result.h"
 
 namespace pass_interface {
 namespace {
 
 constexpr std::uint32_t kHttpOk = 200;
+
+// The answer goes out without a text rather than not at all.
+template <class Text>
+void Explain(HttpAnswer& answer, const Text& text) noexcept {
+  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "explaining a failure", [&] { answer.problem = text(); });
+}
 
 // The reason may quote what a certificate or a proxy says; a line break in it would forge a log line.
 std::string Printable(std::string text) {
@@ -110,18 +117,20 @@ std::size_t HttpTransfer::Receive(char* bytes, std::size_t size, std::size_t cou
   return length;
 }
 
+std::string HttpTransfer::Problem(CURLcode result) const {
+  if (tooLong) return "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
+  return Printable(reason[0] != '\0' ? reason : curl_easy_strerror(result));
+}
+
 void HttpTransfer::Finish(CURLcode result) {
   HttpAnswer answer;
   answer.status = Status();
   // The body of another status is not looked at, so its length does not matter either.
   if (result == CURLE_OK || (tooLong && answer.status != kHttpOk)) {
     if (answer.status == kHttpOk) answer.body = std::move(received);
-  } else if (tooLong) {
-    answer.transportResult = kAnswerTooLong;
-    answer.problem = "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
   } else {
-    answer.transportResult = result;
-    answer.problem = Printable(reason[0] != '\0' ? reason : curl_easy_strerror(result));
+    answer.transportResult = tooLong ? kAnswerTooLong : static_cast<std::int32_t>(result);
+    Explain(answer, [&] { return Problem(result); });
   }
   done(std::move(answer));
 }
@@ -129,7 +138,7 @@ void HttpTransfer::Finish(CURLcode result) {
 void HttpTransfer::FinishUnstarted(CURLMcode code) {
   HttpAnswer answer;
   answer.transportResult = kNotStarted;
-  answer.problem = curl_multi_strerror(code);
+  Explain(answer, [&] { return std::string(curl_multi_strerror(code)); });
   done(std::move(answer));
 }
 

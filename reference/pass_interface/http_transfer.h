@@ -29,6 +29,7 @@ struct HttpAnswer {
   std::uint32_t status = 0;
   // Filled when transportResult is 0 and the status is 200.
   std::string body;
+  // Empty when there was no memory for it.
   std::string problem;
 };
 
@@ -64,6 +65,7 @@ class HttpTransfer {
   bool Configure(const HttpSettings& settings, const std::string& url);
   static std::size_t Receive(char* bytes, std::size_t size, std::size_t count, void* transfer) noexcept;
   std::uint32_t Status() const;
+  std::string Problem(CURLcode result) const;
 
   const std::string body;
   const Done done;

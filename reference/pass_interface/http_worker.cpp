@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
 #include <system_error>
 #include <utility>
 #include <vector>
 
-#include "base/base_log_interface.h"
-#include "base/thread_id.h"
+#include "reference/common/guarded.h"
 #include "reference/common/notice_gate.h"
+#include "reference/common/openssl_at_exit.h"
 #include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
 
@@ -22,6 +21,7 @@ namespace {
 constexpr int kLongestWaitMs = 60000;
 
 bool InitialiseLibcurl() {
+  reference::KeepOpenSslAtExit();
   static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   return initialised;
 }
@@ -36,7 +36,7 @@ using Transfers = std::vector<std::unique_ptr<HttpTransfer>>;
 
 class HttpWorker::Loop {
  public:
-  Loop() : multi(curl_multi_init()) {}
+  Loop() : multi(curl_multi_init()) { active.reserve(kMaximumOutstandingRequests); }
 
   bool IsUsable() const { return multi != nullptr; }
   std::int32_t Submit(std::unique_ptr<HttpTransfer> transfer);
@@ -48,12 +48,13 @@ class HttpWorker::Loop {
   bool TakeSubmitted(Transfers& taken);
   void StartSubmitted(Transfers& taken);
   void FinishCompleted();
-  void Leave();
+  template <class Finish>
+  void Leave(Finish finish);
   void Wait();
 
   // The only libcurl call that other threads make on it is the wake-up.
   const std::unique_ptr<CURLM, MultiDeleter> multi;
-  // The thread's own.
+  // The thread's own. As many fit in as may be outstanding, so that taking one in cannot fail.
   Transfers active;
 
   std::mutex queueMutex;
@@ -84,20 +85,14 @@ void HttpWorker::Loop::Stop() {
 }
 
 void HttpWorker::Loop::Run() noexcept {
-  try {
-    Transfers taken;
-    while (TakeSubmitted(taken)) {
-      StartSubmitted(taken);
-      int running = 0;
-      curl_multi_perform(multi.get(), &running);
-      FinishCompleted();
-      Wait();
-    }
-  } catch (const std::exception& problem) {
-    base::IBaseLogInterface::GetLogInstance()->WriteLog(
-        60, base::GetTid(), "[REFERENCE_PASS_INTERFACE]the HTTP thread has ended: %s", problem.what());
+  Transfers taken;
+  while (TakeSubmitted(taken)) {
+    StartSubmitted(taken);
+    int running = 0;
+    curl_multi_perform(multi.get(), &running);
+    FinishCompleted();
+    Wait();
   }
-  Stop();
   active.clear();
 }
 
@@ -113,8 +108,7 @@ void HttpWorker::Loop::StartSubmitted(Transfers& taken) {
     if (result == CURLM_OK) {
       active.push_back(std::move(transfer));
     } else {
-      Leave();
-      transfer->FinishUnstarted(result);
+      Leave([&] { transfer->FinishUnstarted(result); });
     }
   }
   taken.clear();
@@ -131,15 +125,18 @@ void HttpWorker::Loop::FinishCompleted() {
     if (found == active.end()) continue;
     const std::unique_ptr<HttpTransfer> transfer = std::move(*found);
     active.erase(found);
-    Leave();
-    transfer->Finish(result);
+    Leave([&] { transfer->Finish(result); });
   }
 }
 
-// Before the callback, which may want to issue the next request.
-void HttpWorker::Loop::Leave() {
-  const std::lock_guard<std::mutex> lock(queueMutex);
-  --outstanding;
+template <class Finish>
+void HttpWorker::Loop::Leave(Finish finish) {
+  {
+    // Before the callback, which may want to issue the next request.
+    const std::lock_guard<std::mutex> lock(queueMutex);
+    --outstanding;
+  }
+  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "the receiver of an answer", finish);
 }
 
 void HttpWorker::Loop::Wait() {

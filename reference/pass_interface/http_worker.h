@@ -2,7 +2,8 @@
 // connections.
 //
 // Threads: every operation may be called from any thread, from inside a Done callback too. The Done callbacks are
-// called on the worker's thread one after another, with no lock held; while one runs, no request makes progress.
+// called on the worker's thread one after another, with no lock held; while one runs, no request makes progress. One that
+// throws is logged, and costs the other requests nothing.
 // Ownership: the thread owns what it works on together with this object, so this object may die inside a callback.
 #ifndef REFERENCE_PASS_INTERFACE_HTTP_WORKER_H
 #define REFERENCE_PASS_INTERFACE_HTTP_WORKER_H

@@ -1,11 +1,11 @@
 #include "reference/pass_interface/request_session.h"
 
 #include <atomic>
-#include <exception>
 #include <utility>
 
 #include "base/base_log_interface.h"
 #include "base/thread_id.h"
+#include "reference/common/guarded.h"
 #include "reference/pass_interface/answer_parser.h"
 #include "reference/pass_interface/pass_result.h"
 
@@ -48,30 +48,21 @@ void LogFailure(const char* path, const std::string& tag, const std::string& hos
   }
 }
 
-void LogException(const char* path, const char* what) {
-  base::IBaseLogInterface::GetLogInstance()->WriteLog(
-      60, base::GetTid(), "[REFERENCE_PASS_INTERFACE]the receiver of the %s answer threw: %s", path, what);
-}
-
+// answer is empty still. It was made with the request, so that every request that went out has its notice.
 template <class Call>
-void Deliver(Gate& gate, const std::string& tag, const std::string& host, HttpAnswer http) {
+void Deliver(Gate& gate, const std::string& tag, const std::string& host, HttpAnswer http,
+             std::shared_ptr<typename Call::Answer> answer) {
   // Stopped meanwhile; a failure that nobody hears of is not worth a line either.
   if (gate.IsClosed()) return;
-  auto answer = std::make_shared<typename Call::Answer>();
   if (http.transportResult == 0 && http.status == kHttpOk && !Call::kParse(http.body, *answer, http.problem)) {
     http.transportResult = kMalformedAnswer;
   }
-  if (answer->requestTag.empty()) answer->requestTag = tag;
+  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "naming an answer", [&] {
+    if (answer->requestTag.empty()) answer->requestTag = tag;
+  });
   LogFailure(Call::kPath, tag, host, http);
-  try {
-    gate.Deliver([&](IPassInterfaceNotic& sink) {
-      (sink.*Call::kNotice)(http.transportResult, http.status, std::move(answer));
-    });
-  } catch (const std::exception& problem) {
-    LogException(Call::kPath, problem.what());
-  } catch (...) {
-    LogException(Call::kPath, "no standard exception");
-  }
+  gate.Deliver(
+      [&](IPassInterfaceNotic& sink) { (sink.*Call::kNotice)(http.transportResult, http.status, std::move(answer)); });
 }
 
 }  // namespace
@@ -102,11 +93,10 @@ std::int32_t RequestSession::RequestRefreshSession(const char* sessionId, const 
 
 template <class Call>
 std::int32_t RequestSession::Issue(std::string body) {
-  std::unique_ptr<HttpTransfer> transfer =
-      HttpTransfer::Post(settings, url.Join(Call::kPath), std::move(body),
-                         [held = gate, tag = NextTag(), host = url.Host()](HttpAnswer answer) {
-                           Deliver<Call>(*held, tag, host, std::move(answer));
-                         });
+  std::unique_ptr<HttpTransfer> transfer = HttpTransfer::Post(
+      settings, url.Join(Call::kPath), std::move(body),
+      [held = gate, tag = NextTag(), host = url.Host(), answer = std::make_shared<typename Call::Answer>()](
+          HttpAnswer http) { Deliver<Call>(*held, tag, host, std::move(http), answer); });
   if (!transfer) return kNoResources;
   return worker->Submit(std::move(transfer));
 }

@@ -26,8 +26,8 @@ class RequestSession {
 
   std::int32_t RequestPhoneConnect(const char* targetId, const char* text1, const char* text2);
   std::int32_t RequestRefreshSession(const char* sessionId, const char* text, std::int32_t value);
-  // Drops the requests on their way without a notice; waits for a notice in flight unless called from inside one. May
-  // be called again.
+  // Drops the requests on their way without a notice; waits for a notice in flight unless called from inside one, of any
+  // service. May be called again.
   void Stop();
 
  private:

@@ -50,8 +50,8 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
   void Open(std::weak_ptr<TransportSink> newSink) override {
     sink = std::move(newSink);
-    asio::post(context, [self = this->shared_from_this()] {
-      if (!self->closed) self->Prepare();
+    asio::post(context, [prepare = Handler([](BeastTransport& self, error_code) { self.Prepare(); })] {
+      prepare(error_code());
     });
   }
 
@@ -71,25 +71,49 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
   const char* Stage() const override { return stage; }
 
  private:
-  // The handler of an asynchronous operation: goes on with next, unless it failed or the transport is closed.
+  // What an asynchronous operation ends in: next, unless the transport is closed. An exception there, be it the sink's,
+  // fails the transport, which would wait for nothing otherwise.
+  template <class Next>
+  auto Handler(Next next) {
+    return [self = this->shared_from_this(), next](error_code error, const auto&... results) {
+      if (self->closed) return;
+      try {
+        next(*self, error, results...);
+      } catch (const std::exception& exception) {
+        if (!self->closed) self->Fail(std::string(exception.what()));
+      }
+    };
+  }
+
+  // For an operation that need only succeed.
   template <class Next>
   auto Then(Next next) {
-    return [self = this->shared_from_this(), next](error_code error, const auto&...) {
-      if (self->closed) return;
-      if (error) return self->Fail(error);
-      next(*self);
-    };
+    return Handler([next](BeastTransport& self, error_code error, const auto&...) {
+      if (error) return self.Fail(error);
+      next(self);
+    });
   }
 
   template <class Event>
   void Tell(Event event) {
     // Held during the event, which may close this transport.
-    if (const std::shared_ptr<TransportSink> held = sink.lock()) event(*held);
+    if (const std::shared_ptr<TransportSink> held = sink.lock()) return event(*held);
+    // Nobody is left who could close it.
+    Close();
   }
 
   void Fail(const std::string& reason) {
     Close();
-    Tell([&](TransportSink& held) { held.OnLost(std::string(stage) + ": " + reason); });
+    Tell([&](TransportSink& held) { held.OnLost(StageAnd(reason)); });
+  }
+
+  std::string StageAnd(const std::string& reason) const noexcept {
+    try {
+      return std::string(stage) + ": " + reason;
+    } catch (const std::bad_alloc&) {
+      // Short enough to need none.
+      return "out of memory";
+    }
   }
 
   void Fail(error_code error) {
@@ -107,15 +131,11 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
       proxy = ParseProxyUrl(proxyUrl);
       if (!proxy) return Fail(std::string("the proxy is not of the form ") + kProxyUrlForm);
     }
-    stage = "resolving the name";
+    stage = "preparing TLS";
     // First, so that it is under way while the certificate authorities are read.
     Resolve();
-    try {
-      MakeStream();
-    } catch (const std::exception& exception) {
-      stage = "preparing TLS";
-      Fail(std::string(exception.what()));
-    }
+    MakeStream();
+    stage = "resolving the name";
   }
 
   void MakeStream() {
@@ -134,12 +154,11 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
     const Endpoint& first = proxy ? *proxy : endpoint;
     resolver.async_resolve(
         first.host, std::to_string(first.port), tcp::resolver::numeric_service,
-        [self = this->shared_from_this()](error_code error, const tcp::resolver::results_type& addresses) {
-          if (self->closed) return;
-          if (error) return self->Fail(error);
-          self->Tell([](TransportSink& held) { held.OnResolved(); });
-          if (!self->closed) self->Connect(addresses);
-        });
+        Handler([](BeastTransport& self, error_code error, const tcp::resolver::results_type& addresses) {
+          if (error) return self.Fail(error);
+          self.Tell([](TransportSink& held) { held.OnResolved(); });
+          if (!self.closed) self.Connect(addresses);
+        }));
   }
 
   void Connect(const tcp::resolver::results_type& addresses) {
@@ -186,13 +205,12 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
     if constexpr (std::is_same_v<Stream, Secure>) {
       stage = "TLS hand-shake";
       stream->next_layer().async_handshake(
-          asio::ssl::stream_base::client, [self = this->shared_from_this()](error_code error) {
-            if (self->closed) return;
-            if (!error) return self->Upgrade();
-            const std::string fault = CertificateFault(self->stream->next_layer().native_handle());
-            if (fault.empty()) return self->Fail(error);
-            self->Fail("the certificate of " + Authority(self->endpoint) + " was refused: " + fault);
-          });
+          asio::ssl::stream_base::client, Handler([](BeastTransport& self, error_code error) {
+            if (!error) return self.Upgrade();
+            const std::string fault = CertificateFault(self.stream->next_layer().native_handle());
+            if (fault.empty()) return self.Fail(error);
+            self.Fail("the certificate of " + Authority(self.endpoint) + " was refused: " + fault);
+          }));
     } else {
       Upgrade();
     }
@@ -205,12 +223,11 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
     const auto idle = pings ? 2 * keepAlive : std::chrono::steady_clock::duration(websocket::stream_base::none());
     stream->set_option(websocket::stream_base::timeout{websocket::stream_base::none(), idle, pings});
     stream->async_handshake(
-        upgradeAnswer, Authority(endpoint), "/", [self = this->shared_from_this()](error_code error) {
-          if (self->closed) return;
-          if (!error) return self->Opened();
-          if (error != websocket::error::upgrade_declined) return self->Fail(error);
-          self->Fail("HTTP status " + std::to_string(self->upgradeAnswer.result_int()) + " instead of 101");
-        });
+        upgradeAnswer, Authority(endpoint), "/", Handler([](BeastTransport& self, error_code error) {
+          if (!error) return self.Opened();
+          if (error != websocket::error::upgrade_declined) return self.Fail(error);
+          self.Fail("HTTP status " + std::to_string(self.upgradeAnswer.result_int()) + " instead of 101");
+        }));
   }
 
   void Opened() {

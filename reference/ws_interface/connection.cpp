@@ -7,6 +7,7 @@
 #include <utility>
 #include <variant>
 
+#include "reference/common/guarded.h"
 #include "reference/ws_interface/log.h"
 
 namespace reference::ws {
@@ -41,8 +42,9 @@ void Connection::Start() {
 
 void Connection::Close() {
   outbox.End();
-  reactor->Post([self = shared_from_this()] { self->Shutdown(); });
+  // First, so that no notice comes even when there is no memory for the rest.
   gate.Close();
+  reactor->Post([self = shared_from_this()] { self->Shutdown(); });
 }
 
 void Connection::Shutdown() {
@@ -56,13 +58,7 @@ void Connection::Shutdown() {
 template <class Call>
 bool Connection::Report(Call&& call) {
   bool sinkLives = true;
-  try {
-    sinkLives = gate.Deliver(std::forward<Call>(call));
-  } catch (const std::exception& exception) {
-    LogFailure(name + ": a notice threw: " + Printable(exception.what()));
-  } catch (...) {
-    LogFailure(name + ": a notice threw something that is no std::exception");
-  }
+  Guarded(kLogTag, "a notice", [&] { sinkLives = gate.Deliver(std::forward<Call>(call)); });
   if (sinkLives && !gate.IsClosed()) return true;
   Shutdown();
   return false;
@@ -77,9 +73,13 @@ void Connection::BeginAttempt() {
   firstFrameSeen = false;
   writing = false;
   if (!ReportState(kConnecting)) return;
-  transport = reactor->MakeTransport(settings.endpoint, settings.keepAlive);
-  StartTimer(settings.timeout);
-  transport->Open(weak_from_this());
+  try {
+    transport = reactor->MakeTransport(settings.endpoint, settings.keepAlive);
+    StartTimer(settings.timeout);
+    transport->Open(weak_from_this());
+  } catch (const std::exception& exception) {
+    Lost(exception.what());
+  }
 }
 
 void Connection::OnResolved() {
@@ -108,14 +108,14 @@ void Connection::OnText(std::string_view text) {
 }
 
 void Connection::Handle(const Malformed& malformed) {
-  Lost("malformed message: " + malformed.fault);
+  Lost(("malformed message: " + malformed.fault).c_str());
 }
 
 void Connection::Handle(const AuthAnswer& answer) {
   if (phase != Phase::kAuthenticating) return Lost("authRsp without auth");
   if (answer.code != 0) return Refused(answer);
 
-  LogInformation(name + ": connected and authenticated");
+  LogInformation(name.c_str(), "connected and authenticated");
   backoff.Reset();
   std::int32_t format = kDefaultFormat;
   if (!Report([&](auto& sink) { format = sink.OnAuthRsp(0, 0, 0, answer.formats.c_str()); })) return;
@@ -132,7 +132,8 @@ void Connection::Handle(const AuthAnswer& answer) {
 }
 
 void Connection::Refused(const AuthAnswer& answer) {
-  LogFailure(name + ": authentication refused with code " + std::to_string(answer.code) + ", no further attempt");
+  const std::string fault = "authentication refused with code " + std::to_string(answer.code) + ", no further attempt";
+  LogFailure(name.c_str(), fault.c_str());
   DropTransport();
   phase = Phase::kEnded;
   if (!Report([&](auto& sink) { sink.OnErrorCode(answer.code, answer.message.c_str()); })) return;
@@ -167,11 +168,11 @@ void Connection::OnBinary(std::span<const std::uint8_t> bytes) {
 }
 
 void Connection::OnLost(const std::string& reason) {
-  Lost(reason);
+  Lost(reason.c_str());
 }
 
-void Connection::Lost(const std::string& reason) {
-  LogFailure(name + ": " + reason);
+void Connection::Lost(const char* reason) {
+  LogFailure(name.c_str(), reason);
   DropTransport();
   phase = Phase::kPausing;
   if (ReportState(kDisconnected)) StartTimer(backoff.Next());
@@ -180,7 +181,7 @@ void Connection::Lost(const std::string& reason) {
 void Connection::DropTransport() {
   outbox.Close();
   timer->Cancel();
-  transport->Close();
+  if (transport) transport->Close();
   transport.reset();
 }
 
@@ -191,20 +192,23 @@ void Connection::StartTimer(std::chrono::milliseconds delay) {
 }
 
 void Connection::OnTimer() {
-  const std::string within = " within " + std::to_string(settings.timeout.count()) + " ms";
   switch (phase) {
     case Phase::kPausing:
       return BeginAttempt();
     case Phase::kConnecting:
-      return Lost(std::string("no open WebSocket") + within + ", still " + transport->Stage());
+      return Overdue(std::string("no open WebSocket, still ") + transport->Stage());
     case Phase::kAuthenticating:
-      return Lost("no authRsp" + within);
+      return Overdue("no authRsp");
     case Phase::kAwaitingPlay:
-      return Lost("no playRsp" + within);
+      return Overdue("no playRsp");
     case Phase::kStreaming:
     case Phase::kEnded:
       return;
   }
+}
+
+void Connection::Overdue(const std::string& what) {
+  Lost((what + " within " + std::to_string(settings.timeout.count()) + " ms").c_str());
 }
 
 void Connection::WriteOwn(std::string text) {

@@ -43,8 +43,11 @@ class Connection final : public ws_interface::IWSInterface,
   // Begins the first attempt. To be called once.
   void Start();
   // Ends the connection for good: afterwards no notice comes, and none is in flight unless the calling thread is itself
-  // delivering one. May be called again.
+  // delivering one. Without memory it throws bad_alloc when the notices have ended, and leaves the network to the next
+  // call. May be called again.
   void Close();
+
+  bool RunsOn(const Reactor* other) const { return reactor.get() == other; }
 
   std::int32_t SetSessionId(const char* sessionId) override;
   std::int32_t SendReq2(std::uint64_t value1, std::uint64_t value2) override;
@@ -87,7 +90,7 @@ class Connection final : public ws_interface::IWSInterface,
   void BeginAttempt();
   void Authenticate();
   void Refused(const AuthAnswer& answer);
-  void Lost(const std::string& reason);
+  void Lost(const char* reason);
   void DropTransport();
   void Shutdown();
 
@@ -98,6 +101,7 @@ class Connection final : public ws_interface::IWSInterface,
 
   void StartTimer(std::chrono::milliseconds delay);
   void OnTimer();
+  void Overdue(const std::string& what);
   void WriteOwn(std::string text);
   void WriteNext();
 

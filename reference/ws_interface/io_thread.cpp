@@ -7,9 +7,10 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <condition_variable>
-#include <exception>
+#include <optional>
 #include <utility>
 
+#include "reference/common/guarded.h"
 #include "reference/common/notice_gate.h"
 #include "reference/common/service_threads.h"
 #include "reference/ws_interface/beast_transport.h"
@@ -20,9 +21,8 @@ namespace {
 
 namespace asio = boost::asio;
 
-// For what runs already on the thread, and then for the resolver, which may hang while the network is down.
-constexpr std::chrono::milliseconds kLoopPatience{1000};
-constexpr std::chrono::milliseconds kResolverPatience{100};
+// For what runs already on the thread, and for the resolver, which may hang while the network is down.
+constexpr std::chrono::milliseconds kPatience{250};
 
 class AsioTimer final : public Timer {
  public:
@@ -50,61 +50,41 @@ class AsioTimer final : public Timer {
   const std::shared_ptr<unsigned> round;
 };
 
-void RunUntilStopped(asio::io_context& context) {
-  const auto work = asio::make_work_guard(context);
-  for (;;) {
-    try {
-      context.run();
-      return;
-    } catch (const std::exception& exception) {
-      LogFailure(std::string("the I/O thread goes on after an exception: ") + Printable(exception.what()));
-    }
-  }
-}
-
 }  // namespace
 
 struct IoThread::Loop {
-  // Set until the thread ends; the thread owns it.
+  // Empty when the thread has ended. Replaced by the thread only.
   std::mutex contextMutex;
-  asio::io_context* context = nullptr;
+  std::unique_ptr<asio::io_context> context = std::make_unique<asio::io_context>(1);
+  // Keeps the thread waiting for work until it is told to stop; it then ends when all that was begun has ended.
+  std::optional<asio::executor_work_guard<asio::io_context::executor_type>> work = asio::make_work_guard(*context);
 
-  enum class Stage { kRunning, kLeft, kEnded };
-  std::mutex stageMutex;
-  std::condition_variable stageChanged;
-  Stage stage = Stage::kRunning;
+  std::mutex endMutex;
+  std::condition_variable endReached;
+  bool ended = false;
 
-  void Reach(Stage reached) {
-    const std::lock_guard<std::mutex> lock(stageMutex);
-    stage = reached;
-    stageChanged.notify_all();
-  }
-
-  // Whether the thread can be joined without waiting for the network.
   bool WaitForEnd() {
-    std::unique_lock<std::mutex> lock(stageMutex);
-    stageChanged.wait_for(lock, kLoopPatience, [this] { return stage != Stage::kRunning; });
-    return stageChanged.wait_for(lock, kResolverPatience, [this] { return stage == Stage::kEnded; });
+    std::unique_lock<std::mutex> lock(endMutex);
+    return endReached.wait_for(lock, kPatience, [this] { return ended; });
   }
 
-  static void Run(const std::shared_ptr<Loop>& loop, std::unique_ptr<asio::io_context> owned) {
-    RunUntilStopped(*owned);
+  void Run() {
+    while (!Guarded(kLogTag, "a task of the I/O thread", [this] { context->run(); })) continue;
+    std::unique_ptr<asio::io_context> ending;
     {
-      const std::lock_guard<std::mutex> lock(loop->contextMutex);
-      loop->context = nullptr;
+      const std::lock_guard<std::mutex> lock(contextMutex);
+      ending.swap(context);
     }
-    loop->Reach(Stage::kLeft);
-    // Joins asio's resolver thread, so this may take as long as the system's resolver.
-    owned.reset();
-    loop->Reach(Stage::kEnded);
+    ending.reset();
+    const std::lock_guard<std::mutex> lock(endMutex);
+    ended = true;
+    endReached.notify_all();
   }
 };
 
 IoThread::IoThread() : loop(std::make_shared<Loop>()) {
-  auto context = std::make_unique<asio::io_context>(1);
-  loop->context = context.get();
-  thread = std::thread([loop = loop, context = std::move(context), ticket = ServiceThreadTicket()]() mutable {
-    Loop::Run(loop, std::move(context));
+  thread = std::thread([loop = loop, ticket = ServiceThreadTicket()]() mutable {
+    loop->Run();
     // All of it before the ticket, which says that nothing of this thread is left; what OpenSSL keeps for the thread
     // would otherwise be freed after it.
     loop.reset();
@@ -136,14 +116,14 @@ void IoThread::Stop() {
     ending.swap(thread);
   }
   if (!ending.joinable()) return;
-  Post([loop = loop] { loop->context->stop(); });
-  if (ending.get_id() == std::this_thread::get_id() || NoticeScope::IsInside()) return ending.detach();
-  if (loop->WaitForEnd()) {
-    ending.join();
-  } else {
-    LogInformation("a name resolution is still under way; its thread ends by itself");
-    ending.detach();
+  {
+    const std::lock_guard<std::mutex> lock(loop->contextMutex);
+    loop->work.reset();
   }
+  if (ending.get_id() == std::this_thread::get_id() || NoticeScope::IsInside()) return ending.detach();
+  if (loop->WaitForEnd()) return ending.join();
+  ending.detach();
+  LogInformation("the I/O thread", "a name resolution is still under way; it ends by itself");
 }
 
 }  // namespace reference::ws

@@ -29,7 +29,7 @@ class IoThread final : public Reactor {
 
   // Ends the thread after what is posted already, and waits for that; but not on the thread itself, not from inside any
   // notice, and no longer than a moment for a name resolution, which cannot be interrupted: then the thread ends by
-  // itself. May be called again. REQUIRES: the connections on this thread have been closed.
+  // itself. Needs no memory. May be called again. REQUIRES: the connections on this thread have been closed.
   void Stop();
 
  private:

@@ -13,12 +13,15 @@
 
 namespace reference::ws {
 
-inline void LogInformation(const std::string& text) {
-  base::IBaseLogInterface::GetLogInstance()->WriteLog(20, base::GetTid(), "[REFERENCE_WS_INTERFACE]%s", text.c_str());
+constexpr const char* kLogTag = "[REFERENCE_WS_INTERFACE]";
+
+// Both take no memory of their own: what failed for want of it can be told.
+inline void LogInformation(const char* subject, const char* text) noexcept {
+  base::IBaseLogInterface::GetLogInstance()->WriteLog(20, base::GetTid(), "%s%s: %s", kLogTag, subject, text);
 }
 
-inline void LogFailure(const std::string& text) {
-  base::IBaseLogInterface::GetLogInstance()->WriteLog(60, base::GetTid(), "[REFERENCE_WS_INTERFACE]%s", text.c_str());
+inline void LogFailure(const char* subject, const char* text) noexcept {
+  base::IBaseLogInterface::GetLogInstance()->WriteLog(60, base::GetTid(), "%s%s: %s", kLogTag, subject, text);
 }
 
 // A text from outside, made harmless for a log line.

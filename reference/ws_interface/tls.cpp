@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "reference/common/openssl_at_exit.h"
 #include "reference/common/settings.h"
 #include "reference/ws_interface/system_authorities.h"
 
@@ -32,6 +33,7 @@ void TrustAuthorityFile(asio::ssl::context& context, const std::filesystem::path
 }
 
 std::shared_ptr<asio::ssl::context> NewContext() {
+  KeepOpenSslAtExit();
   auto context = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
   if (SSL_CTX_set_min_proto_version(context->native_handle(), TLS1_2_VERSION) != 1) {
     throw std::runtime_error("OpenSSL refuses TLS 1.2 as the lowest version");

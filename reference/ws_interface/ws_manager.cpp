@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
+#include "reference/common/guarded.h"
 #include "reference/ws_interface/log.h"
 
 namespace reference::ws {
@@ -76,15 +78,17 @@ WsManager::~WsManager() {
 
 std::int32_t WsManager::Initialise(std::int32_t, std::uint32_t wsManagerValue) {
   if (wsManagerValue == 0) {
-    LogFailure("Initialise: the time-out is 0, 1 ms or more is allowed");
+    LogFailure("Initialise", "the time-out is 0, 1 ms or more is allowed");
     return kBadArgument;
   }
   try {
     const std::lock_guard<std::mutex> lock(managerMutex);
     timeout = std::chrono::milliseconds(wsManagerValue);
     if (!ioThread) ioThread = std::make_shared<IoThread>();
-  } catch (const std::system_error& error) {
-    LogFailure(std::string("Initialise: no thread could be started: ") + error.what());
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& exception) {
+    LogFailure("Initialise: no thread could be started", exception.what());
     return kNoThread;
   }
   return kTaken;
@@ -104,11 +108,15 @@ std::shared_ptr<ws_interface::IWSInterface> WsManager::CreateWS(const char* cred
     if (!ioThread) throw Refusal("the manager is not initialised");
     settings.timeout = timeout;
     auto connection = std::make_shared<Connection>(std::move(settings), notic, ioThread);
-    connections.push_back(connection);
+    // So that nothing can fail once it has started.
+    connections.reserve(connections.size() + 1);
     connection->Start();
+    connections.push_back(connection);
     return connection;
-  } catch (const Refusal& refusal) {
-    LogFailure(std::string("CreateWS: ") + refusal.what());
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& refusal) {
+    LogFailure("CreateWS", refusal.what());
     return nullptr;
   }
 }
@@ -123,27 +131,36 @@ void WsManager::DestroyWS(std::shared_ptr<ws_interface::IWSInterface> connection
   }
   // Forgotten only when it is closed: a second thread that destroys it too finds it, and waits for the notice as well.
   mine->Close();
-  Forget({mine});
+  Forget(mine);
 }
 
 void WsManager::Stop() {
   std::shared_ptr<IoThread> ending;
-  std::vector<std::shared_ptr<Connection>> closing;
   {
     const std::lock_guard<std::mutex> lock(managerMutex);
     ending.swap(ioThread);
-    closing = connections;
   }
-  for (const auto& connection : closing) connection->Close();
-  Forget(closing);
-  if (ending) ending->Stop();
+  bool allClosed = true;
+  while (const std::shared_ptr<Connection> connection = AnyStopped()) {
+    allClosed = Guarded(kLogTag, "closing a connection", [&] { connection->Close(); }) && allClosed;
+    Forget(connection);
+  }
+  // Otherwise it ends with the last connection that holds it: their sockets must not outlive their thread.
+  if (ending && allClosed) ending->Stop();
 }
 
-void WsManager::Forget(const std::vector<std::shared_ptr<Connection>>& closed) {
+// One at a time rather than as a list, so that stopping needs no memory. Those of a thread that another has started
+// meanwhile are none.
+std::shared_ptr<Connection> WsManager::AnyStopped() {
   const std::lock_guard<std::mutex> lock(managerMutex);
-  std::erase_if(connections, [&](const auto& connection) {
-    return std::find(closed.begin(), closed.end(), connection) != closed.end();
-  });
+  const auto found = std::find_if(connections.begin(), connections.end(),
+                                  [this](const auto& connection) { return !connection->RunsOn(ioThread.get()); });
+  return found != connections.end() ? *found : nullptr;
+}
+
+void WsManager::Forget(const std::shared_ptr<Connection>& closed) {
+  const std::lock_guard<std::mutex> lock(managerMutex);
+  std::erase(connections, closed);
 }
 
 }  // namespace reference::ws

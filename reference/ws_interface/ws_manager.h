@@ -38,7 +38,8 @@ class WsManager final : public ws_interface::IWSManagerInterface {
   void Stop() override;
 
  private:
-  void Forget(const std::vector<std::shared_ptr<Connection>>& closed);
+  std::shared_ptr<Connection> AnyStopped();
+  void Forget(const std::shared_ptr<Connection>& closed);
 
   std::mutex managerMutex;
   // Empty until Initialise and from Stop on.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/qv_cloud/certificates.h"
 #include "tools/qv_cloud/json_text.h"
 #include "tools/qv_cloud/service.h"
 
@@ -52,7 +53,6 @@ class ConversationTest : public testing::Test {
   struct Sent {
     std::size_t frames = 0;
     std::vector<std::uint64_t> errors;
-    Reply::End end = Reply::End::no;
   };
   Sent Pass(Conversation& conversation, Time duration) {
     Sent sent;
@@ -71,7 +71,6 @@ class ConversationTest : public testing::Test {
           sent.errors.push_back(ParseObject(message.bytes)["code"].asUInt64());
         }
       }
-      sent.end = reply.end;
     }
     now = until;
     return sent;
@@ -99,15 +98,6 @@ TEST_F(ConversationTest, OnlyAKnownSessionIsRefreshedAndShortlyAfterItsEndToo) {
   EXPECT_EQ(Refreshed("s-unknown"), "");
   now += minutes(10);
   EXPECT_EQ(Refreshed(id), "");
-}
-
-TEST_F(ConversationTest, WhenSessionsExpireEarlyEachAuthenticatesOnce) {
-  Faults faults;
-  faults.expireSessions = true;
-  state.switches.Set(faults);
-  const std::string id = GrantedSession();
-  EXPECT_EQ(AuthenticateAnew(id), 0);
-  EXPECT_EQ(AuthenticateAnew(id), kSessionRefused);
 }
 
 TEST_F(ConversationTest, FramesComeAtTheRateAskedForAndAsChanged) {
@@ -156,20 +146,6 @@ TEST_F(ConversationTest, AnErrorIsReportedOnceAndASetOfFaultsArmsItAgain) {
   }
 }
 
-TEST_F(ConversationTest, OneConnectionIsDroppedAfterItsFramesAndTheNextLives) {
-  Faults faults;
-  faults.dropAfterFrames = 3;
-  state.switches.Set(faults);
-  Conversation dropped(state, kDefaultLine);
-  Play(dropped);
-  const Sent sent = Pass(dropped, seconds(1));
-  EXPECT_EQ(sent.frames, 3U);
-  EXPECT_EQ(sent.end, Reply::End::drop);
-  Conversation next(state, kDefaultLine);
-  Play(next);
-  EXPECT_EQ(Pass(next, seconds(1)).frames, 10U);
-}
-
 TEST_F(ConversationTest, AMalformedMessageEndsTheConnection) {
   const char* const kMessages[] = {
       "",
@@ -205,7 +181,10 @@ TEST_F(ConversationTest, AMalformedRequestIsNotGranted) {
        R"({"credential1":"u","credential2":"d","credential3":"t","targetId":")" + tooLong + R"("})", 400);
 }
 
-TEST(Cloud, AnAuthorityFileThatCannotBeWrittenIsNamed) {
+TEST(Authority, AFileThatCannotBeWrittenIsNamedAndNoKeyWouldStandInIt) {
+  const std::string pem = MakeAuthority().Pem();
+  EXPECT_TRUE(pem.starts_with("-----BEGIN CERTIFICATE-----"));
+  EXPECT_EQ(pem.find("PRIVATE"), std::string::npos);
   CloudOptions options;
   options.authorityFile = std::filesystem::temp_directory_path() / "no such directory" / "authority.pem";
   try {

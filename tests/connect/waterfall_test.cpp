@@ -60,13 +60,6 @@ TEST(Waterfall, BarsBeginWhereTheSpanDoesAndFillTheWidth) {
             "  moment                 80 ms           |      0 ms\n");
 }
 
-TEST(Waterfall, BlockCharactersDrawPartsOfAColumn) {
-  DrawStyle style;
-  style.columns = 42 + 10;
-  style.utf8 = true;
-  EXPECT_THAT(DrawWaterfall("T", {{"a", 0, 15}}, 100, style), HasSubstr("  \u2588\u258c             15 ms\n"));
-}
-
 TEST(Waterfall, NoLineIsWiderThanTheTerminalWhateverTheTimes) {
   DrawStyle style;
   style.columns = 60;
@@ -77,9 +70,12 @@ TEST(Waterfall, NoLineIsWiderThanTheTerminalWhateverTheTimes) {
   while (std::getline(lines, line)) EXPECT_EQ(line.size(), 60U) << line;
 }
 
-TEST(Waterfall, ColourIsOnlyThereWhenAskedFor) {
+TEST(Waterfall, BlocksForPartsOfAColumnAndColourAreThereWhenAskedForOnly) {
   DrawStyle style;
+  style.columns = 42 + 10;
   EXPECT_EQ(DrawWaterfall("T", {{"a", 0, 15}}, 100, style).find('\033'), std::string::npos);
+  style.utf8 = true;
+  EXPECT_THAT(DrawWaterfall("T", {{"a", 0, 15}}, 100, style), HasSubstr("  \u2588\u258c             15 ms\n"));
   style.colour = true;
   EXPECT_THAT(DrawWaterfall("T", {{"a", 0, 15}}, 100, style), HasSubstr("\033[36m"));
 }

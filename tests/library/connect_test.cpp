@@ -6,113 +6,74 @@ namespace library_test {
 namespace {
 
 using pass_interface::RefreshSessionRsp;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 const std::string kStart = "log0 [TimeConsumingFlag][phone-1] start; Begin GetPhoneConnect";
+const std::string kLoad = "db.LoadSessionCache()";
 const std::string kHandle = "log0 [TimeConsumingFlag][phone-1] HandlePhoneConnect; Begin connect ws";
 const std::string kHit = "log20 [phone-1] Hit session cache";
 const std::string kRequest = "pass.RequestPhoneConnect(phone-1, , , null)";
+const std::string kCreate = "wsManager.CreateWS(wss://10.0.0.7:8443)";
+const std::string kInsert = "collect.InsertInstanceInfo(phone-1, session-1, 1, websocket)";
+const std::string kLines = "notice.OnIspList(1=one;2=two;, 2)";
+const std::string kSave = "db.SaveSessionCache(9000000000000)";
 
 struct PhoneConnect : LibraryTest {
   // Leaves a session of the same identity in the cache, as a connection before this one would.
-  void CacheSession() {
+  fakes::SessionRow& CacheSession() {
+    StartOver();
     Connect();
     controller->ReleasePhoneConnect();
-    ASSERT_EQ(Services().sessionCache.size(), 1U);
-    controller = qv_data_interface::IQVDataInterface::Create();
+    NewController();
     InitReady();
+    return Services().sessionCache.begin()->second;
   }
-  static fakes::SessionRow& Row() { return Services().sessionCache.begin()->second; }
+  Calls GetPhoneConnect() {
+    EXPECT_EQ(controller->GetPhoneConnect(), 0);
+    return Take();
+  }
 };
 
-TEST_F(PhoneConnect, IsRefusedWithoutALineBeforeInit) {
-  EXPECT_EQ(controller->GetPhoneConnect(), -1);
-  EXPECT_THAT(Take(), IsEmpty());
-}
-
-TEST_F(PhoneConnect, AMissAsksTheService) {
+TEST_F(PhoneConnect, AMissAsksTheServiceWhoseSessionConnectsAndIsThenCached) {
   InitReady();
   const std::int64_t before = Now();
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  EXPECT_THAT(Take(), ElementsAre(kStart, "db.LoadSessionCache()", kRequest));
+  EXPECT_THAT(GetPhoneConnect(), ElementsAre(kStart, kLoad, kRequest));
   EXPECT_GE(Services().minimumExpiry, before + 600000);
   EXPECT_LE(Services().minimumExpiry, Now() + 600000);
   EXPECT_THAT(Gathered().milestones, ElementsAre(testing::Key("startGetInstanceInfo")));
-}
 
-TEST_F(PhoneConnect, AGrantedAnswerConnectsAndIsThenCached) {
-  InitReady();
-  ConnectMiss();
-  Grant();
-  EXPECT_THAT(Take(),
-              ElementsAre(kHandle, "wsManager.CreateWS(wss://10.0.0.7:8443)",
-                          "collect.InsertInstanceInfo(phone-1, session-1, 1, websocket)",
-                          "notice.OnIspList(1=one;2=two;, 2)", "cipher.Encrypt", "db.SaveSessionCache(9000000000000)"));
-  const Status status = Gathered();
-  EXPECT_EQ(status.sessionId, "session-1");
-  EXPECT_EQ(status.wsDomain, "10.0.0.7");
-  EXPECT_EQ(status.wsPort, "8443");
-  EXPECT_THAT(status.milestones, ElementsAre(testing::Key("endGetInstanceInfo"), testing::Key("startConnect"),
-                                             testing::Key("startGetInstanceInfo")));
-  for (const auto& [name, time] : status.milestones) EXPECT_NEAR(double(time), double(Now()), 60000) << name;
-}
-
-TEST_F(PhoneConnect, MilestonesPrecedeTheConnectionAndTheStatusFollowsIt) {
-  InitReady();
-  ConnectMiss();
   Status atCreate;
   At("wsManager.CreateWS", [&] { atCreate = Gathered(); });
   Grant();
-  EXPECT_THAT(atCreate.milestones, Contains(testing::Key("startConnect")));
-  EXPECT_EQ(atCreate.sessionId, "");
-  EXPECT_STREQ(LastConnection().connectInfo.sessionIdText, "session-1");
+  EXPECT_THAT(Take(), ElementsAre(kHandle, kCreate, kInsert, kLines, "cipher.Encrypt", kSave));
+  EXPECT_THAT(atCreate.milestones, Contains(testing::Key("startConnect"))) << "milestones precede the connection";
+  EXPECT_EQ(atCreate.sessionId, "") << "the status follows it";
+  const Status status = Gathered();
+  EXPECT_THAT((Calls{status.sessionId, status.wsDomain, status.wsPort}), ElementsAre("session-1", "10.0.0.7", "8443"));
+  EXPECT_THAT(status.milestones, ElementsAre(Pair("endGetInstanceInfo", IsNow()), Pair("startConnect", IsNow()),
+                                             Pair("startGetInstanceInfo", IsNow())));
 }
 
 TEST_F(PhoneConnect, AHitConnectsWithoutTheService) {
   CacheSession();
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  EXPECT_THAT(Take(), ElementsAre(kStart, "db.LoadSessionCache()", "cipher.Decrypt", kHit, kHandle,
-                                  "wsManager.CreateWS(wss://10.0.0.7:8443)",
-                                  "collect.InsertInstanceInfo(phone-1, session-1, 1, websocket)",
-                                  "notice.OnIspList(1=one;2=two;, 2)"));
-  EXPECT_EQ(controller->SendInReq17(1), 0) << "commands are open";
+  EXPECT_THAT(GetPhoneConnect(), ElementsAre(kStart, kLoad, "cipher.Decrypt", kHit, kHandle, kCreate, kInsert, kLines));
+  EXPECT_TRUE(CommandsAreOpen());
   EXPECT_EQ(controller->GetPhoneConnect(), -1) << "a second connect is refused";
 }
 
-TEST_F(PhoneConnect, ACachedRowServesOnlyWhenItLastsTenMoreMinutes) {
-  CacheSession();
-  Row().expiry = Now() + 9 * 60000;
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  EXPECT_THAT(Take(), ElementsAre(kStart, "db.LoadSessionCache()", kRequest));
-
-  controller->ReleasePhoneConnect();
-  InitReady();
-  Row().expiry = Now() + 11 * 60000;
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  EXPECT_THAT(Take(), Contains(kHit));
-}
-
-TEST_F(PhoneConnect, ARowThatDoesNotDecipherOrParseCountsAsAMiss) {
-  CacheSession();
-  Row().cipherText.back() ^= 1;
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  Calls calls = Take();
-  EXPECT_THAT(calls, Contains("log60 Aes256Decrypt Failed"));
-  EXPECT_THAT(calls, Not(Contains(kHit)));
+TEST_F(PhoneConnect, ACachedRowServesOnlyWhenItLastsTenMoreMinutesDeciphersAndParses) {
+  CacheSession().expiry = Now() + 11 * 60000;
+  EXPECT_THAT(GetPhoneConnect(), Contains(kHit));
+  CacheSession().expiry = Now() + 9 * 60000;
+  EXPECT_THAT(GetPhoneConnect(), ElementsAre(kStart, kLoad, kRequest));
+  CacheSession().cipherText.back() ^= 1;
+  const Calls calls = GetPhoneConnect();
+  EXPECT_EQ(calls[3], "log60 Aes256Decrypt Failed");
   EXPECT_EQ(calls.back(), kRequest);
-
-  controller->ReleasePhoneConnect();
-  InitReady();
-  Row().cipherText = qv_data_interface::EncryptSessionText("{}", 2);
+  EXPECT_THAT(calls, Not(Contains(kHit)));
+  CacheSession().cipherText = qv_data_interface::EncryptSessionText("{}", 2);
   Take();
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  EXPECT_THAT(Take(), ElementsAre(kStart, "db.LoadSessionCache()", "cipher.Decrypt",
-                                  "log60 Json Get [root][sessionId] failed", kRequest));
+  EXPECT_THAT(GetPhoneConnect(),
+              ElementsAre(kStart, kLoad, "cipher.Decrypt", "log60 Json Get [root][sessionId] failed", kRequest));
 }
 
 TEST_F(PhoneConnect, WithoutACacheKeyTheDatabaseIsNeverAsked) {
@@ -120,93 +81,73 @@ TEST_F(PhoneConnect, WithoutACacheKeyTheDatabaseIsNeverAsked) {
   EXPECT_EQ(Init(), 0);
   EXPECT_THAT(Take(), Contains("log60 Aes256Encrypt Failed"));
   Services().encryptFails = false;
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
+  EXPECT_THAT(GetPhoneConnect(), ElementsAre(kStart, kRequest));
   Grant();
-  EXPECT_THAT(Take(), Not(Contains(testing::AnyOf(StartsWith("db."), StartsWith("cipher.")))));
-  EXPECT_EQ(Services().connections.size(), 1U);
+  EXPECT_THAT(Take(), ElementsAre(kHandle, kCreate, kInsert, kLines));
 }
 
-TEST_F(PhoneConnect, ASessionThatCannotBeEncipheredIsUsedAndNotSaved) {
-  InitReady();
-  ConnectMiss();
-  Services().encryptFails = true;
+TEST_F(PhoneConnect, ASessionThatCannotBeEncipheredNorCollectedIsUsedAllTheSame) {
+  Request();
+  Services().collectorMissing = Services().encryptFails = true;
   Grant();
-  const Calls calls = Take();
-  EXPECT_EQ(calls.back(), "log60 Aes256Encrypt Failed");
-  EXPECT_THAT(calls, Contains(StartsWith("wsManager.CreateWS")));
+  EXPECT_THAT(Take(), ElementsAre(kHandle, kCreate, kLines, "cipher.Encrypt", "log60 Aes256Encrypt Failed"));
 }
 
 TEST_F(PhoneConnect, ARefusedRequestMayBeRepeated) {
   InitReady();
   Services().requestResult = 5;
   EXPECT_EQ(controller->GetPhoneConnect(), -1);
-  EXPECT_THAT(Take(), ElementsAre(kStart, "db.LoadSessionCache()", kRequest, "log60 GetPhoneConnect failed"));
-  EXPECT_EQ(controller->SendInReq17(1), -1) << "commands stay closed";
+  EXPECT_THAT(Take(), ElementsAre(kStart, kLoad, kRequest, "log60 GetPhoneConnect failed"));
   Services().requestResult = 0;
-  EXPECT_EQ(controller->GetPhoneConnect(), 0);
-  Take();
+  GetPhoneConnect();
   EXPECT_EQ(controller->GetPhoneConnect(), -1);
   EXPECT_THAT(Take(), ElementsAre(kStart)) << "a connect that is under way is not started again";
 }
 
-TEST_F(PhoneConnect, ASecondRecordUpdatesTheCollectorsRow) {
-  Connect();
+TEST_F(PhoneConnect, ASecondRecordUpdatesTheCollectorsRowAndCollectorFailuresStopNothing) {
+  Request();
+  Services().insertResult = -1;
+  Grant();
+  EXPECT_THAT(Take(), ElementsAre(kHandle, kCreate, kInsert, "log60 InsertInstanceInfo failed", kLines,
+                                  "cipher.Encrypt", kSave));
+  Services().insertResult = 0;
+  Grant();
+  EXPECT_THAT(Take(), Contains(kInsert)) << "there is no row yet";
+  Services().updateResult = -1;
   Grant(MakeInfo("session-22"));
-  EXPECT_THAT(Take(),
-              ElementsAre(kHandle, "collect.UpdataInstanceSessionId(7, session-22, 10)",
-                          "notice.OnIspList(1=one;2=two;, 2)", "cipher.Encrypt", "db.SaveSessionCache(9000000000000)"));
+  EXPECT_THAT(Take(), ElementsAre(kHandle, "collect.UpdataInstanceSessionId(7, session-22, 10)",
+                                  "log60 UpdataInstanceSessionId failed", kLines, "cipher.Encrypt", kSave));
   EXPECT_EQ(Gathered().sessionId, "session-22");
 }
 
-TEST_F(PhoneConnect, CollectorFailuresAreLoggedAndStopNothing) {
-  InitReady();
-  ConnectMiss();
-  Services().insertResult = -1;
-  Grant();
-  Calls calls = Take();
-  EXPECT_THAT(calls, Contains("log60 InsertInstanceInfo failed"));
-  EXPECT_THAT(calls, Contains(StartsWith("notice.OnIspList")));
-
-  Services().insertResult = 0;
-  Services().updateResult = -1;
-  Grant();
-  EXPECT_THAT(Take(), Contains(StartsWith("collect.InsertInstanceInfo"))) << "there is no row yet";
-  Grant();
-  calls = Take();
-  EXPECT_THAT(calls, Contains("log60 UpdataInstanceSessionId failed"));
-  EXPECT_THAT(calls, Contains(StartsWith("notice.OnIspList")));
-}
-
-TEST_F(PhoneConnect, WithoutACollectorTheConnectionIsMadeAllTheSame) {
-  InitReady();
-  ConnectMiss();
-  Services().collectorMissing = true;
-  Grant();
-  EXPECT_THAT(Take(), ElementsAre(kHandle, StartsWith("wsManager.CreateWS"), StartsWith("notice.OnIspList"),
-                                  "cipher.Encrypt", StartsWith("db.SaveSessionCache")));
-}
-
-TEST_F(PhoneConnect, ARecordWithoutCarrierLinesGivesAnEmptyList) {
+TEST_F(PhoneConnect, ARecordWithoutCarrierLinesGivesAnEmptyListAndTheModeIsPassed) {
   modeFlag = 2;
-  InitReady();
-  ConnectMiss();
+  Request();
   InstanceInfo info = MakeInfo();
   info.subStreamInfoList.clear();
   Grant(info);
-  const Calls calls = Take();
-  EXPECT_THAT(calls, Contains("notice.OnIspList(null, 0)"));
-  EXPECT_THAT(calls, Contains("collect.InsertInstanceInfo(phone-1, session-1, 0, websocket)")) << "the mode is passed";
+  EXPECT_THAT(Take(), ElementsAre(kHandle, kCreate, "collect.InsertInstanceInfo(phone-1, session-1, 0, websocket)",
+                                  "notice.OnIspList(null, 0)", "cipher.Encrypt", kSave));
 }
 
 struct Answers : LibraryTest {
   template <class Record>
-  static std::shared_ptr<Record> Header(std::int32_t code) {
+  std::shared_ptr<Record> Header(std::int32_t code) {
     auto record = std::make_shared<Record>();
     record->requestTag = "tag-9";
     record->code = code;
     record->message = "no phone";
     record->sessionId = "session-9";
     return record;
+  }
+  // Has the service bring an answer with this code, or without a record at all.
+  Calls Bring(bool refresh, std::int32_t transport, std::uint32_t http, const std::int32_t* code) {
+    if (refresh) {
+      PassSink()->OnRefreshSessionRsp(transport, http, code ? Header<RefreshSessionRsp>(*code) : nullptr);
+    } else {
+      PassSink()->OnPhoneConnectRsp(transport, http, code ? Header<InstanceInfo>(*code) : nullptr);
+    }
+    return Take();
   }
 };
 
@@ -216,107 +157,58 @@ TEST_F(Answers, AFailureIsLoggedReportedAndSentInThatOrder) {
     std::int32_t transport;
     std::uint32_t http;
     std::int32_t code;
-    Calls calls;
+    std::string line;
+    std::string told;
+    std::string text;
   } const cases[] = {
-      {false,
-       3,
-       500,
-       0,
-       {"log60 [phone-1]GetPhoneConnect failed; Error code [60702001]",
-        "notice.OnStatus(60702001, Http Req for phone-connect failed)", "collect.Report(0, 0, 60702001, tag-9, )"}},
-      {false,
-       0,
-       500,
-       4004,
-       {"log60 [phone-1]GetPhoneConnect get http code [500]; Error code[60702002]",
-        "notice.OnStatus(60702002, Http Req for phone-connect can not get 200)",
-        "collect.Report(0, 0, 60702002, tag-9, )"}},
-      {false,
-       0,
-       200,
-       4004,
-       {"log60 [phone-1]GetPhoneConnect get http code [4004][no phone]", "notice.OnStatus(4004, no phone)",
-        "wsManager.DestroyWS(1)", "collect.Report(0, 5, 4004, tag-9, )"}},
-      {true,
-       -3,
-       200,
-       0,
-       {"log60 [phone-1]OnRefreshSessionRsp failed; Error code [60702003]",
-        "notice.OnStatus(60702003, Http Req for refresh-session failed)", "collect.Report(0, 0, 60702003, tag-9, )"}},
-      {true,
-       0,
-       404,
-       0,
-       {"log60 [phone-1]OnRefreshSessionRsp get http code [404]; Error code [60702004]",
-        "notice.OnStatus(60702004, Http Req for refresh-session can not get 200)",
-        "collect.Report(0, 0, 60702004, tag-9, )"}},
-      {true,
-       0,
-       200,
-       -7,
-       {"log60 [phone-1]OnRefreshSessionRsp get http code [-7][no phone]", "notice.OnStatus(-7, no phone)",
-        "wsManager.DestroyWS(1)", "collect.Report(0, 5, -7, tag-9, )"}},
+      {false, 3, 500, 0, "GetPhoneConnect failed; Error code [60702001]", "60702001",
+       "Http Req for phone-connect failed"},
+      {false, 0, 500, 4004, "GetPhoneConnect get http code [500]; Error code[60702002]", "60702002",
+       "Http Req for phone-connect can not get 200"},
+      {false, 0, 200, 4004, "GetPhoneConnect get http code [4004][no phone]", "4004", "no phone"},
+      {true, -3, 200, 0, "OnRefreshSessionRsp failed; Error code [60702003]", "60702003",
+       "Http Req for refresh-session failed"},
+      {true, 0, 404, 0, "OnRefreshSessionRsp get http code [404]; Error code [60702004]", "60702004",
+       "Http Req for refresh-session can not get 200"},
+      {true, 0, 200, -7, "OnRefreshSessionRsp get http code [-7][no phone]", "-7", "no phone"},
   };
-  for (const auto& [refresh, transport, http, code, calls] : cases) {
-    fakes::ResetServices();
-    controller = qv_data_interface::IQVDataInterface::Create();
+  for (const auto& [refresh, transport, http, code, line, told, text] : cases) {
+    StartOver();
     Connect();
-    if (refresh) {
-      PassSink()->OnRefreshSessionRsp(transport, http, Header<RefreshSessionRsp>(code));
-    } else {
-      PassSink()->OnPhoneConnectRsp(transport, http, Header<InstanceInfo>(code));
+    const bool refused = transport == 0 && http == 200;
+    const std::string sent = std::string("collect.Report(0, ") + (refused ? "5, " : "0, ") + told;
+    Calls expected = {"log60 [phone-1]" + line, "notice.OnStatus(" + told + ", " + text + ")"};
+    Calls withoutRecord;
+    if (!refused) withoutRecord = {expected[0], expected[1], sent + ", , )"};
+    EXPECT_EQ(Bring(refresh, transport, http, nullptr), withoutRecord);
+    if (refused) expected.emplace_back("wsManager.DestroyWS(1)");
+    expected.push_back(sent + ", tag-9, )");
+    EXPECT_EQ(Bring(refresh, transport, http, &code), expected);
+    if (refused) {
+      expected.erase(expected.begin() + 2);
+      EXPECT_EQ(Bring(refresh, transport, http, &code), expected) << "nothing is left to destroy";
     }
-    EXPECT_THAT(Take(), ElementsAreArray(calls));
-    const bool closed = Services().LiveConnections() == 0;
-    EXPECT_EQ(closed, transport == 0 && http == 200) << "only a refusal closes the connection";
-    EXPECT_EQ(controller->SendInReq17(1), closed ? -1 : 0);
+    EXPECT_EQ(CommandsAreOpen(), !refused) << "only a refusal closes the connection";
     controller->ReleasePhoneConnect();
     EXPECT_EQ(Services().connections[0].timesDestroyed, 1);
   }
 }
 
-TEST_F(Answers, ARefusalBeforeAnyConnectionDestroysNothing) {
-  InitReady();
-  ConnectMiss();
-  PassSink()->OnPhoneConnectRsp(0, 200, Header<InstanceInfo>(1));
-  EXPECT_THAT(Take(),
-              ElementsAre(StartsWith("log60"), "notice.OnStatus(1, no phone)", "collect.Report(0, 5, 1, tag-9, )"));
-}
-
-TEST_F(Answers, AnAbsentRecordIsToleratedAndCountsAsAnEmptyTag) {
-  Connect();
-  PassSink()->OnPhoneConnectRsp(0, 200, nullptr);
-  PassSink()->OnRefreshSessionRsp(0, 200, nullptr);
-  EXPECT_THAT(Take(), IsEmpty());
-  PassSink()->OnPhoneConnectRsp(1, 0, nullptr);
-  PassSink()->OnPhoneConnectRsp(0, 500, nullptr);
-  PassSink()->OnRefreshSessionRsp(1, 0, nullptr);
-  PassSink()->OnRefreshSessionRsp(0, 500, nullptr);
-  const Calls calls = Take();
-  for (const char* code : {"60702001", "60702002", "60702003", "60702004"}) {
-    EXPECT_THAT(calls, Contains(std::string("collect.Report(0, 0, ") + code + ", , )"));
-  }
-}
-
 TEST_F(Answers, ARenewedSessionReachesConnectionStatusAndTheNextRefresh) {
-  Connect();
-  const Status before = Gathered();
-  PassSink()->OnRefreshSessionRsp(0, 200, Header<RefreshSessionRsp>(0));
-  EXPECT_THAT(Take(), ElementsAre("ws.SetSessionId(session-9)")) << "the cached row is not touched";
-  EXPECT_EQ(Gathered().sessionId, "session-9");
-  EXPECT_EQ(Gathered().wsDomain, before.wsDomain);
-  WsSink()->OnErrorCode(60103013, "expired");
-  EXPECT_THAT(Take(), ElementsAre("pass.RequestRefreshSession(session-9, , 0)"));
-}
-
-TEST_F(Answers, ASessionIsRenewedWithoutAConnectionToo) {
-  InitReady();
-  ConnectMiss();
-  PassSink()->OnRefreshSessionRsp(0, 200, Header<RefreshSessionRsp>(0));
-  EXPECT_THAT(Take(), IsEmpty());
-  EXPECT_EQ(Gathered().sessionId, "session-9");
-  Notices().OnErrorCode(60103013, "expired");
-  EXPECT_THAT(Take(), ElementsAre("pass.RequestRefreshSession(session-9, , 0)"));
+  for (const bool connected : {true, false}) {
+    StartOver();
+    Request();
+    if (connected) Grant();
+    Take();
+    const Status before = Gathered();
+    const std::int32_t renewed = 0;
+    // The cached row is not touched.
+    EXPECT_EQ(Bring(true, 0, 200, &renewed), connected ? Calls{"ws.SetSessionId(session-9)"} : Calls());
+    EXPECT_EQ(Gathered().sessionId, "session-9");
+    EXPECT_EQ(Gathered().wsDomain, before.wsDomain);
+    Notices().OnErrorCode(60103013, "expired");
+    EXPECT_THAT(Take(), ElementsAre("pass.RequestRefreshSession(session-9, , 0)"));
+  }
 }
 
 }  // namespace

@@ -129,7 +129,7 @@ TEST(Records, HaveTheirLayout) {
   using Base = pass_interface::MessageCollectBaseData;
   using Status = pass_interface::MessageCollectStatusData;
   static_assert(std::has_virtual_destructor_v<Base>);
-  std::vector<std::size_t> fields = Layout(&Base::sessionId, &Base::targetId);
+  auto fields = Layout(&Base::sessionId, &Base::targetId);
   const auto own =
       Layout(&Status::channel, &Status::wsDomain, &Status::wsPort, &Status::errorCode, &Status::statusText,
              &Status::sdkVersion, &Status::interfaceVersion, &Status::playResponseTime, &Status::firstFrameTime,
@@ -137,11 +137,11 @@ TEST(Records, HaveTheirLayout) {
              &Status::connectedTime, &Status::connectedFlag, &Status::detailText, &Status::extraText,
              &Status::processName, &Status::milestones);
   fields.insert(fields.end(), own.begin(), own.end());
-  EXPECT_TRUE(std::is_sorted(fields.begin(), fields.end()));
   using Message = pass_interface::MessageCollect;
-  fields = Layout(&Message::collectType, &Message::collectStatus, &Message::defaultMode, &Message::timestamp,
-                  &Message::tag, &Message::data);
-  EXPECT_TRUE(std::is_sorted(fields.begin(), fields.end()));
+  for (const auto& offsets : {fields, Layout(&Message::collectType, &Message::collectStatus, &Message::defaultMode,
+                                             &Message::timestamp, &Message::tag, &Message::data)}) {
+    EXPECT_TRUE(std::is_sorted(offsets.begin(), offsets.end()));
+  }
 }
 
 }  // namespace

@@ -23,6 +23,15 @@ namespace library_test {
 using Calls = std::vector<std::string>;
 using pass_interface::InstanceInfo;
 using Status = pass_interface::MessageCollectStatusData;
+using qv_data_interface::IQVDataInterface;
+using qv_data_interface::IQVInternalDataInterface;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::Not;
+using testing::Pair;
+using testing::StartsWith;
 using ws_interface::IWSInterfaceNotic;
 
 inline std::int64_t Now() {
@@ -30,7 +39,9 @@ inline std::int64_t Now() {
       .count();
 }
 
-inline constexpr std::int64_t kFarExpiry = 9000000000000;
+MATCHER(IsNow, "is a time of this test") {
+  return arg > Now() - 60000 && arg <= Now();
+}
 
 // A granted session with a default line and two carrier lines.
 inline InstanceInfo MakeInfo(const std::string& sessionId = "session-1") {
@@ -38,20 +49,24 @@ inline InstanceInfo MakeInfo(const std::string& sessionId = "session-1") {
   info.requestTag = "tag-1";
   info.code = 0;
   info.sessionId = sessionId;
-  info.sessionSignExpireTime = kFarExpiry;
-  info.endpoints.webSocketDomain = "10.0.0.7";
-  info.endpoints.webSocketPort = 8443;
+  info.sessionSignExpireTime = 9000000000000;
+  info.endpoints = {"", 0, "", 0, "10.0.0.7", 8443};
   info.subStreamInfoList = {{1, "one", {"", 0, "", 0, "10.1.0.1", 81}}, {2, "two", {"", 0, "", 0, "10.2.0.1", 82}}};
   return info;
 }
 
 struct LibraryTest : testing::Test {
-  LibraryTest() {
+  LibraryTest() { StartOver(); }
+
+  // Everything as at the beginning, for the next case of a table.
+  void StartOver() {
+    controller.reset();
     fakes::Recorder::Get().Reset();
     fakes::ResetServices();
-    controller = qv_data_interface::IQVDataInterface::Create();
+    NewController();
     Take();
   }
+  void NewController() { controller = IQVDataInterface::Create(); }
 
   Calls Take() { return fakes::Recorder::Get().Take(); }
   void At(const std::string& call, std::function<void()> action) { fakes::Recorder::Get().At(call, std::move(action)); }
@@ -74,12 +89,23 @@ struct LibraryTest : testing::Test {
     PassSink()->OnPhoneConnectRsp(transportResult, httpStatus, std::make_shared<InstanceInfo>(info));
   }
   void Grant(const InstanceInfo& info = MakeInfo()) { Answer(0, 200, info); }
-  void Connect(const InstanceInfo& info = MakeInfo()) {
+  // Up to the point where the service's answer is due.
+  void Request() {
     InitReady();
     ConnectMiss();
+  }
+  void Connect(const InstanceInfo& info = MakeInfo()) {
+    Request();
     Grant(info);
     Take();
   }
+  // A release after which nothing is cached either.
+  void ReleaseAndForget() {
+    controller->ReleasePhoneConnect();
+    Services().sessionCache.clear();
+    Take();
+  }
+  bool CommandsAreOpen() { return controller->SendInReq17(1) == 0; }
 
   static std::shared_ptr<pass_interface::IPassInterfaceNotic> PassSink() { return Services().passSink.lock(); }
   // The sink of the newest connection.
@@ -97,9 +123,7 @@ struct LibraryTest : testing::Test {
     Services().messages.pop_back();
     return status;
   }
-  qv_data_interface::IQVInternalDataInterface& Internal() {
-    return dynamic_cast<qv_data_interface::IQVInternalDataInterface&>(*controller);
-  }
+  IQVInternalDataInterface& Internal() { return dynamic_cast<IQVInternalDataInterface&>(*controller); }
   // The controller itself as a sink; works before Init and after a release, too.
   IWSInterfaceNotic& Notices() { return dynamic_cast<IWSInterfaceNotic&>(*controller); }
 
@@ -116,7 +140,7 @@ struct LibraryTest : testing::Test {
   std::int32_t reconnectNumber = 9;
   const char* baseUrl = "https://cloud";
 
-  std::shared_ptr<qv_data_interface::IQVDataInterface> controller;
+  std::shared_ptr<IQVDataInterface> controller;
 };
 
 }  // namespace library_test

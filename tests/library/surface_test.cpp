@@ -6,21 +6,13 @@
 namespace library_test {
 namespace {
 
-using qv_data_interface::IQVDataInterface;
-using qv_data_interface::IQVInternalDataInterface;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
-
-struct Surface : LibraryTest {};
+using Surface = LibraryTest;
+using Telemetry = LibraryTest;
 
 TEST_F(Surface, EachFactoryWritesItsVersionLineOnceInAProcess) {
-  const auto first = IQVDataInterface::Create();
-  const auto second = IQVDataInterface::Create();
-  EXPECT_NE(first, second);
-  const auto third = IQVInternalDataInterface::CreateInternalDataInterface();
-  const auto fourth = IQVInternalDataInterface::CreateInternalDataInterface();
-  EXPECT_NE(third, fourth);
+  EXPECT_NE(IQVDataInterface::Create(), IQVDataInterface::Create());
+  const auto create = IQVInternalDataInterface::CreateInternalDataInterface;
+  EXPECT_NE(create(), create());
   auto& recorder = fakes::Recorder::Get();
   EXPECT_EQ(recorder.CountEver("log20 QV Data Interface Version[1.13.0]"), 1);
   EXPECT_EQ(recorder.CountEver("log20 QV In Data Interface Version[1.13.0]"), 1);
@@ -28,79 +20,43 @@ TEST_F(Surface, EachFactoryWritesItsVersionLineOnceInAProcess) {
 
 TEST_F(Surface, AControllerThatWasNeverInitialisedDiesWithoutTouchingAService) {
   controller.reset();
-  EXPECT_THAT(Take(), ElementsAre());
+  EXPECT_THAT(Take(), IsEmpty());
 }
 
-TEST_F(Surface, LoadingRegistersTheSdkTypeOnce) {
-  const Calls calls = fakes::Recorder::Get().CallsBeforeMain();
-  EXPECT_THAT(calls, ElementsAre("collect.SetCollectSdkType(data_interface)"));
-}
-
-TEST_F(Surface, TheSdkTypeIsHandedToTheCollector) {
+TEST_F(Surface, TheSdkTypeIsRegisteredOnceByLoadingAndByTheEmbeddingSdk) {
+  EXPECT_EQ(fakes::Recorder::Get().CountEver("collect.SetCollectSdkType(data_interface)"), 1);
   IQVInternalDataInterface::SetSdkType("embedding");
   EXPECT_THAT(Take(), ElementsAre("collect.SetCollectSdkType(embedding)"));
 }
 
-TEST_F(Surface, ANullLogParameterSetsUpTheLoggerWithItsDefaultsEachTime) {
-  const Calls setUp = {"dump.GenerateMiniDump(./QVLog, CoreHappen)",
-                       "log.SetLogLevel(20)",
-                       "log.SetLogPath(./QVLog)",
-                       "log.SetLogName(QV_DATA)",
-                       "log.SetLogSizeSetting(1024)",
-                       "log.SetLogModeSetting(0)",
-                       "log.SetLogCountSetting(5)",
-                       "log.StartLog()"};
-  IQVDataInterface::SetLogParam(nullptr);
-  EXPECT_EQ(Take(), setUp);
-  IQVDataInterface::SetLogParam(nullptr);
-  EXPECT_EQ(Take(), setUp);
-}
-
-TEST_F(Surface, ALogParameterSetsUpTheLoggerFromItsFields) {
-  qv_data_interface::QvLogParam param;
-  param.level = 60;
-  std::string("logs").copy(param.path, 5);
-  param.path[4] = 0;
-  std::string("mine").copy(param.name, 5);
-  param.name[4] = 0;
-  param.sizeSetting = 11;
-  param.modeSetting = 12;
-  param.countSetting = 13;
-  IQVDataInterface::SetLogParam(&param);
-  EXPECT_THAT(Take(), ElementsAre("dump.GenerateMiniDump(logs, CoreHappen)", "log.SetLogLevel(60)",
-                                  "log.SetLogPath(logs)", "log.SetLogName(mine)", "log.SetLogSizeSetting(11)",
-                                  "log.SetLogModeSetting(12)", "log.SetLogCountSetting(13)", "log.StartLog()"));
-}
-
-TEST_F(Surface, ResultCodesHaveTheirTexts) {
-  const std::pair<std::int32_t, const char*> cases[] = {
-      {0, "success"},
-      {60701001, "web socket init failed"},
-      {60701002, "web socket disconnect"},
-      {60701003, "web socket connecting"},
-      {60702001, "Http Req for phone-connect failed"},
-      {60702002, "Http Req for phone-connect can not get 200"},
-      {60702003, "Http Req for refresh-session failed"},
-      {60702004, "Http Req for refresh-session can not get 200"},
-      {60709999, ""},
+TEST_F(Surface, ALogParameterSetsUpTheLoggerFromItsFieldsAndNullFromTheDefaultsEachTime) {
+  const auto setUp = [](const Calls& values) {
+    const char* const names[] = {"Level", "Path", "Name", "SizeSetting", "ModeSetting", "CountSetting"};
+    Calls calls = {"dump.GenerateMiniDump(" + values[1] + ", CoreHappen)"};
+    for (std::size_t i = 0; i < 6; ++i) calls.push_back(std::string("log.SetLog") + names[i] + "(" + values[i] + ")");
+    calls.emplace_back("log.StartLog()");
+    return calls;
   };
-  for (const auto& [code, message] : cases) EXPECT_EQ(qv_data_interface::ResultMessage(code), message) << code;
+  const Calls byDefault = setUp({"20", "./QVLog", "QV_DATA", "1024", "0", "5"});
+  qv_data_interface::QvLogParam param{60, "logs", "mine", 11, 12, 13};
+  IQVDataInterface::SetLogParam(nullptr);
+  EXPECT_EQ(Take(), byDefault);
+  IQVDataInterface::SetLogParam(&param);
+  EXPECT_EQ(Take(), setUp({"60", "logs", "mine", "11", "12", "13"}));
+  IQVDataInterface::SetLogParam(nullptr);
+  EXPECT_EQ(Take(), byDefault);
 }
 
-struct Telemetry : LibraryTest {};
+// The other codes' texts are seen where they are told to the front end.
+TEST_F(Surface, AnUnknownResultCodeHasNoText) {
+  EXPECT_EQ(qv_data_interface::ResultMessage(60709999), "");
+}
 
 TEST_F(Telemetry, NothingIsSentBeforeAnythingWasGathered) {
   Internal().SetSdkVersion(nullptr);
   Internal().RecordMilestone(nullptr, 5);
   Internal().SendMessageCollect(1, 2, 3, "detail", "extra");
   EXPECT_THAT(Take(), IsEmpty());
-}
-
-TEST_F(Telemetry, AMilestoneKeepsItsLastTime) {
-  Internal().RecordMilestone("x", 5);
-  Internal().RecordMilestone("x", 7);
-  Internal().RecordMilestone(nullptr, 9);
-  EXPECT_THAT(Gathered().milestones, ElementsAre(Pair("x", 7)));
 }
 
 TEST_F(Telemetry, AnSdkVersionHoldsUntilInitAndAgainAfterIt) {
@@ -114,13 +70,16 @@ TEST_F(Telemetry, AnSdkVersionHoldsUntilInitAndAgainAfterIt) {
   EXPECT_EQ(Gathered().interfaceVersion, "1.13.0");
 }
 
-TEST_F(Telemetry, AMessageIsASnapshotOfItsOwn) {
+TEST_F(Telemetry, AMessageIsASnapshotOfItsOwnWithTheLastTimeOfEachMilestone) {
+  Internal().RecordMilestone("first", 5);
   Internal().RecordMilestone("first", 1);
+  Internal().RecordMilestone(nullptr, 9);
   const std::int64_t before = Now();
   Internal().SendMessageCollect(3, 4, -5, "detail", "extra");
   Internal().RecordMilestone("second", 2);
-  Internal().SendMessageCollect(1, 2, 0, "", "");
-  EXPECT_THAT(Take(), ElementsAre("collect.Report(3, 4, -5, detail, extra)", "collect.Report(1, 2, , , )"));
+  Internal().SendMessageCollect(1, 2, 0, nullptr, nullptr);
+  EXPECT_THAT(Take(), ElementsAre("collect.Report(3, 4, -5, detail, extra)", "collect.Report(1, 2, , , )"))
+      << "an earlier message leaves no trace, and a null text counts as empty";
 
   const auto& one = Services().messages[0];
   const auto& two = Services().messages[1];
@@ -132,14 +91,6 @@ TEST_F(Telemetry, AMessageIsASnapshotOfItsOwn) {
   EXPECT_EQ(one->tag, "");
   EXPECT_THAT(fakes::StatusOf(*one).milestones, ElementsAre(Pair("first", 1)));
   EXPECT_THAT(fakes::StatusOf(*two).milestones, ElementsAre(Pair("first", 1), Pair("second", 2)));
-  EXPECT_EQ(fakes::StatusOf(*two).errorCode, "");
-  EXPECT_EQ(fakes::StatusOf(*two).detailText, "") << "an earlier message leaves no trace";
-}
-
-TEST_F(Telemetry, NullTextsCountAsEmpty) {
-  Internal().RecordMilestone("x", 5);
-  Internal().SendMessageCollect(1, 2, 60701001, nullptr, nullptr);
-  EXPECT_THAT(Take(), ElementsAre("collect.Report(1, 2, 60701001, , )"));
 }
 
 TEST_F(Telemetry, ACollectorMayCallBack) {
@@ -151,13 +102,6 @@ TEST_F(Telemetry, ACollectorMayCallBack) {
   fakes::Worker worker([&] { Internal().SendMessageCollect(1, 2, 0, "", ""); });
   worker.Finish();
   EXPECT_EQ(Gathered().milestones.size(), 2U);
-}
-
-TEST_F(Telemetry, WithoutACollectorAMessageIsDropped) {
-  InitReady();
-  Services().collectorMissing = true;
-  Internal().SendMessageCollect(1, 2, 0, "", "");
-  EXPECT_THAT(Take(), IsEmpty());
 }
 
 }  // namespace

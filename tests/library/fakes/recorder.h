@@ -10,7 +10,6 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -57,12 +56,10 @@ class Recorder {
   void Reset() {
     Mute(false);
     const std::lock_guard lock(mutex);
-    if (!std::exchange(resetBefore, true)) callsBeforeMain = calls;
     calls.clear();
     actions.clear();
   }
 
-  std::vector<std::string> CallsBeforeMain() const { return callsBeforeMain; }
   // How often this very call was made since the process began.
   int CountEver(const std::string& call) {
     const std::lock_guard lock(mutex);
@@ -75,16 +72,14 @@ class Recorder {
   std::vector<std::string> calls;
   std::vector<std::pair<std::string, std::function<void()>>> actions;
   std::map<std::string, int> counts;
-  std::vector<std::string> callsBeforeMain;
-  bool resetBefore = false;
 };
 
-inline void Print(std::ostream& out, const char* text) {
-  out << (text ? text : "null");
+inline std::string Shown(const char* text) {
+  return text ? text : "null";
 }
 template <class Value>
-void Print(std::ostream& out, const Value& value) {
-  out << value;
+const Value& Shown(const Value& value) {
+  return value;
 }
 
 // Adds "operation(argument, ...)".
@@ -93,7 +88,7 @@ void Record(const char* operation, const Arguments&... arguments) {
   std::ostringstream line;
   line << operation << '(';
   [[maybe_unused]] const char* separator = "";
-  ((line << separator, Print(line, arguments), separator = ", "), ...);
+  ((line << separator << Shown(arguments), separator = ", "), ...);
   line << ')';
   Recorder::Get().Add(line.str());
 }

@@ -20,15 +20,22 @@
 namespace fakes {
 namespace {
 
-#define RESERVED(number)             \
-  void Reserved##number() override { \
-    Record("Reserved" #number);      \
-  }
+using namespace ws_interface;
+using pass_interface::IPassInterfaceNotic;
+using I32 = std::int32_t;
+using U32 = std::uint32_t;
+using U64 = std::uint64_t;
+using Text = const char*;
+using Lock = std::lock_guard<std::mutex>;
+
+#define RESERVED(number) \
+  void Reserved##number() override {}
 #define RESERVED_4(a, b, c, d) RESERVED(a) RESERVED(b) RESERVED(c) RESERVED(d)
+#define RESERVED_8(a, b, c, d, e, f, g, h) RESERVED_4(a, b, c, d) RESERVED_4(e, f, g, h)
 
 struct FakeLog final : base::IBaseLogInterface {
-  void SetLogPath(const char* directory) override { Record("log.SetLogPath", directory); }
-  void SetLogName(const char* name) override { Record("log.SetLogName", name); }
+  void SetLogPath(Text directory) override { Record("log.SetLogPath", directory); }
+  void SetLogName(Text name) override { Record("log.SetLogName", name); }
   void SetLogSizeSetting(const int& value) override { Record("log.SetLogSizeSetting", value); }
   void SetLogLevel(const int& value) override { Record("log.SetLogLevel", value); }
   RESERVED(5)
@@ -54,31 +61,27 @@ struct FakeLog final : base::IBaseLogInterface {
 };
 
 struct FakeCollector final : collect_interface::ICollectInterface {
-  void SetCollectSdkType(const char* sdkType) override { Record("collect.SetCollectSdkType", sdkType); }
+  void SetCollectSdkType(Text sdkType) override { Record("collect.SetCollectSdkType", sdkType); }
   int DeleteInstanceInfo(int rowId) override {
     Record("collect.DeleteInstanceInfo", rowId);
-    const std::lock_guard lock(StateMutex());
+    const Lock lock(StateMutex());
     State().liveRows.erase(rowId);
     return State().deleteResult;
   }
-  int InsertInstanceInfo(int* rowId, const char* targetId, const char* sessionId, int defaultMode,
-                         const char* channel) override {
+  int InsertInstanceInfo(int* rowId, Text targetId, Text sessionId, int defaultMode, Text channel) override {
     Record("collect.InsertInstanceInfo", targetId, sessionId, defaultMode, channel);
-    const std::lock_guard lock(StateMutex());
-    if (State().insertResult == 0) {
-      *rowId = State().nextRow++;
-      State().liveRows.insert(*rowId);
-    }
+    const Lock lock(StateMutex());
+    if (State().insertResult == 0) State().liveRows.insert(*rowId = State().nextRow++);
     return State().insertResult;
   }
-  int UpdataInstanceSessionId(int rowId, const char* sessionId, int length) override {
+  int UpdataInstanceSessionId(int rowId, Text sessionId, int length) override {
     Record("collect.UpdataInstanceSessionId", rowId, sessionId, length);
     return State().updateResult;
   }
   void ReportMessageCollect(std::shared_ptr<pass_interface::MessageCollect> message) override {
     const auto status = StatusOf(*message);
     {
-      const std::lock_guard lock(StateMutex());
+      const Lock lock(StateMutex());
       State().messages.push_back(message);
     }
     Record("collect.Report", message->collectType, message->collectStatus, status.errorCode, status.detailText,
@@ -87,12 +90,11 @@ struct FakeCollector final : collect_interface::ICollectInterface {
 };
 
 struct FakePass final : pass_interface::IPassInterface {
-  std::int32_t Initialise(const char* baseUrl, const char* credential1, const char* credential2,
-                          const char* credential3, const char* version,
-                          std::shared_ptr<pass_interface::IPassInterfaceNotic> notic, void* reserved,
-                          std::uint32_t httpValue1, std::uint32_t httpValue2, bool enabled) override {
+  I32 Initialise(Text baseUrl, Text credential1, Text credential2, Text credential3, Text version,
+                 std::shared_ptr<IPassInterfaceNotic> notic, void* reserved, U32 httpValue1, U32 httpValue2,
+                 bool enabled) override {
     {
-      const std::lock_guard lock(StateMutex());
+      const Lock lock(StateMutex());
       State().passSink = notic;
     }
     Record("pass.Initialise", baseUrl, credential1, credential2, credential3, version, notic ? "sink" : "no sink",
@@ -101,31 +103,28 @@ struct FakePass final : pass_interface::IPassInterface {
   }
   void Stop() override { Record("pass.Stop"); }
   RESERVED(3)
-  std::int32_t RequestPhoneConnect(const char* targetId, const char* text1, const char* text2,
-                                   void* reserved) override {
+  I32 RequestPhoneConnect(Text targetId, Text text1, Text text2, void* reserved) override {
     Record("pass.RequestPhoneConnect", targetId, text1, text2, reserved ? "reserved" : "null");
     return State().requestResult;
   }
-  std::int32_t RequestRefreshSession(const char* sessionId, const char* text, std::int32_t value) override {
+  I32 RequestRefreshSession(Text sessionId, Text text, I32 value) override {
     Record("pass.RequestRefreshSession", sessionId, text, value);
     return State().requestResult;
   }
 };
 
 struct FakeDatabase final : database_interface::IDatabaseInterface {
-  RESERVED_4(1, 2, 3, 4)
-  RESERVED_4(5, 6, 7, 8)
-  RESERVED_4(9, 10, 11, 12)
-  RESERVED_4(13, 14, 15, 16)
-  std::int32_t SaveSessionCache(const char* cacheKey, const char* cipherText, std::int64_t expiry) override {
+  RESERVED_8(1, 2, 3, 4, 5, 6, 7, 8)
+  RESERVED_8(9, 10, 11, 12, 13, 14, 15, 16)
+  I32 SaveSessionCache(Text cacheKey, Text cipherText, std::int64_t expiry) override {
     Record("db.SaveSessionCache", expiry);
-    const std::lock_guard lock(StateMutex());
+    const Lock lock(StateMutex());
     State().sessionCache[cacheKey] = SessionRow{cipherText, expiry};
     return 0;
   }
-  std::int32_t LoadSessionCache(const char* cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
+  I32 LoadSessionCache(Text cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
     Record("db.LoadSessionCache");
-    const std::lock_guard lock(StateMutex());
+    const Lock lock(StateMutex());
     State().minimumExpiry = minimumExpiry;
     const auto row = State().sessionCache.find(cacheKey);
     if (row == State().sessionCache.end() || row->second.expiry <= minimumExpiry) return 0;
@@ -134,8 +133,10 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
   }
 };
 
-void NoteCipherCall(const unsigned char* input, int length, const unsigned char* key, const unsigned char* iv) {
-  const std::lock_guard lock(StateMutex());
+void NoteCipherCall(Text name, const unsigned char* input, int length, const unsigned char* key,
+                    const unsigned char* iv) {
+  Recorder::Get().Add(name);
+  const Lock lock(StateMutex());
   State().cipherCalls.push_back({{key, key + 32}, {iv, iv + 16}, std::string(input, input + length)});
 }
 
@@ -143,74 +144,62 @@ unsigned char Checksum(const std::vector<unsigned char>& bytes) {
   return static_cast<unsigned char>('a' + std::accumulate(bytes.begin(), bytes.end(), 7U) % 26);
 }
 
-using Value = std::uint64_t;
-
 template <class... Arguments>
-std::int32_t Command(const char* operation, const Arguments&... arguments) {
+I32 Send(Text operation, const Arguments&... arguments) {
   Record(operation, arguments...);
   return State().commandResult;
 }
 
-struct FakeConnection final : ws_interface::IWSInterface {
+struct FakeConnection final : IWSInterface {
   explicit FakeConnection(std::size_t index) : index(index) {}
 
-  std::int32_t SetSessionId(const char* sessionId) override { return Command("ws.SetSessionId", sessionId); }
-  std::int32_t SendReq2(Value a, Value b) override { return Command("ws.SendReq2", a, b); }
-  std::int32_t SendReq3(Value a, Value b, Value c, std::int32_t count) override {
-    return Command("ws.SendReq3", a, b, c, count);
+  I32 SetSessionId(Text sessionId) override { return Send("ws.SetSessionId", sessionId); }
+  I32 SendReq2(U64 a, U64 b) override { return Send("ws.SendReq2", a, b); }
+  I32 SendReq3(U64 a, U64 b, U64 c, I32 count) override { return Send("ws.SendReq3", a, b, c, count); }
+  I32 SendReq4(float a, float b, float c, float d, float e, float f, float g, float h) override {
+    return Send("ws.SendReq4", a, b, c, d, e, f, g, h);
   }
-  std::int32_t SendReq4(float a, float b, float c, float d, float e, float f, float g, float h) override {
-    return Command("ws.SendReq4", a, b, c, d, e, f, g, h);
+  I32 SendReq5(I32 a, float b, float c, float d) override { return Send("ws.SendReq5", a, b, c, d); }
+  I32 SendReq6(Text a, Text b) override { return Send("ws.SendReq6", a, b); }
+  I32 SendReq7(Text text) override { return Send("ws.SendReq7", text); }
+  I32 SendReq8(Text text) override { return Send("ws.SendReq8", text); }
+  I32 SendReq9(Text text, I32 value) override { return Send("ws.SendReq9", text, value); }
+  I32 SendReq10(U64 a, U64 b) override { return Send("ws.SendReq10", a, b); }
+  I32 SendReq11(U64 a, U64 b, U64 c, I32 d) override { return Send("ws.SendReq11", a, b, c, d); }
+  I32 SendMicParamReq(I32 a, I32 b, I32 c) override { return Send("ws.SendMicParamReq", a, b, c); }
+  I32 SendReq13(U64 a, U64 b) override { return Send("ws.SendReq13", a, b); }
+  I32 SendCameraParamReq(I32 a, I32 b, I32 c, U64 d, I32 e) override {
+    return Send("ws.SendCameraParamReq", a, b, c, d, e);
   }
-  std::int32_t SendReq5(std::int32_t a, float b, float c, float d) override {
-    return Command("ws.SendReq5", a, b, c, d);
-  }
-  std::int32_t SendReq6(const char* a, const char* b) override { return Command("ws.SendReq6", a, b); }
-  std::int32_t SendReq7(const char* text) override { return Command("ws.SendReq7", text); }
-  std::int32_t SendReq8(const char* text) override { return Command("ws.SendReq8", text); }
-  std::int32_t SendReq9(const char* text, std::int32_t value) override { return Command("ws.SendReq9", text, value); }
-  std::int32_t SendReq10(Value a, Value b) override { return Command("ws.SendReq10", a, b); }
-  std::int32_t SendReq11(Value a, Value b, Value c, std::int32_t d) override {
-    return Command("ws.SendReq11", a, b, c, d);
-  }
-  std::int32_t SendMicParamReq(std::int32_t a, std::int32_t b, std::int32_t c) override {
-    return Command("ws.SendMicParamReq", a, b, c);
-  }
-  std::int32_t SendReq13(Value a, Value b) override { return Command("ws.SendReq13", a, b); }
-  std::int32_t SendCameraParamReq(std::int32_t a, std::int32_t b, std::int32_t c, Value d, std::int32_t e) override {
-    return Command("ws.SendCameraParamReq", a, b, c, d, e);
-  }
-  std::int32_t SendReq15(Value a, Value b) override { return Command("ws.SendReq15", a, b); }
-  std::int32_t SendReq16(Value a, Value b) override { return Command("ws.SendReq16", a, b); }
-  std::int32_t SendReq17(std::int32_t value) override { return Command("ws.SendReq17", value); }
-  std::int32_t SendDummyReq() override { return Command("ws.SendDummyReq"); }
+  I32 SendReq15(U64 a, U64 b) override { return Send("ws.SendReq15", a, b); }
+  I32 SendReq16(U64 a, U64 b) override { return Send("ws.SendReq16", a, b); }
+  I32 SendReq17(I32 value) override { return Send("ws.SendReq17", value); }
+  I32 SendDummyReq() override { return Send("ws.SendDummyReq"); }
 
   const std::size_t index;
 };
 
-struct FakeManager final : ws_interface::IWSManagerInterface {
-  std::int32_t Initialise(std::int32_t value, std::uint32_t wsManagerValue) override {
+struct FakeManager final : IWSManagerInterface {
+  I32 Initialise(I32 value, U32 wsManagerValue) override {
     Record("wsManager.Initialise", value, wsManagerValue);
     return State().wsInitialiseResult;
   }
-  std::shared_ptr<ws_interface::IWSInterface> CreateWS(const char* credential1, const char* url,
-                                                       const ws_interface::WSConnectInfo* connectInfo,
-                                                       const ws_interface::WSVideoInfo* videoInfo,
-                                                       const ws_interface::WSDefaultParam* defaultParam,
-                                                       const ws_interface::WSSystemParam* systemParam,
-                                                       std::shared_ptr<ws_interface::IWSInterfaceNotic> notic,
-                                                       std::uint64_t reserved) override {
+  std::shared_ptr<IWSInterface> CreateWS(Text credential1, Text url, const WSConnectInfo* connectInfo,
+                                         const WSVideoInfo* videoInfo, const WSDefaultParam* defaultParam,
+                                         const WSSystemParam* systemParam, std::shared_ptr<IWSInterfaceNotic> notic,
+                                         U64 reserved) override {
     Record("wsManager.CreateWS", url);
     if (State().createWsFails) return nullptr;
-    const std::lock_guard lock(StateMutex());
+    const Lock lock(StateMutex());
+    const auto made = std::make_shared<FakeConnection>(State().connections.size() + 1);
     State().connections.push_back(
-        {credential1, url, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved, notic});
-    return std::make_shared<FakeConnection>(State().connections.size());
+        {credential1, url, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved, notic, made});
+    return made;
   }
-  void DestroyWS(std::shared_ptr<ws_interface::IWSInterface> connection) override {
+  void DestroyWS(std::shared_ptr<IWSInterface> connection) override {
     const std::size_t index = connection ? static_cast<const FakeConnection&>(*connection).index : 0;
     if (index > 0) {
-      const std::lock_guard lock(StateMutex());
+      const Lock lock(StateMutex());
       ++State().connections[index - 1].timesDestroyed;
     }
     Record("wsManager.DestroyWS", index);
@@ -219,12 +208,18 @@ struct FakeManager final : ws_interface::IWSManagerInterface {
   void Stop() override { Record("wsManager.Stop"); }
 };
 
+// Lives for ever, since the library calls out before main and after it.
+template <class Fake>
+std::shared_ptr<Fake> TheOne() {
+  static auto* const one = new std::shared_ptr<Fake>(std::make_shared<Fake>());
+  return *one;
+}
+
 }  // namespace
 
 int Services::LiveConnections() const {
-  int live = 0;
-  for (const CreatedConnection& connection : connections) live += connection.timesDestroyed == 1 ? 0 : 1;
-  return live;
+  return static_cast<int>(std::count_if(connections.begin(), connections.end(),
+                                        [](const CreatedConnection& each) { return each.timesDestroyed != 1; }));
 }
 
 Services& State() {
@@ -250,8 +245,7 @@ pass_interface::MessageCollectStatusData StatusOf(const pass_interface::MessageC
 }  // namespace fakes
 
 std::shared_ptr<base::IBaseLogInterface> base::IBaseLogInterface::GetLogInstance() {
-  static auto* const log = new std::shared_ptr<IBaseLogInterface>(std::make_shared<fakes::FakeLog>());
-  return *log;
+  return fakes::TheOne<fakes::FakeLog>();
 }
 
 long base::GetTid() {
@@ -268,8 +262,7 @@ void base::IMiniJump::GenerateMiniDump(const char* dumpDirectory, std::function<
 std::shared_ptr<collect_interface::ICollectInterface> collect_interface::ICollectInterface::GetCollectInstance(
     bool flag) {
   if (flag) fakes::Record("collect.GetCollectInstance(true)");
-  static auto* const collector = new std::shared_ptr<ICollectInterface>(std::make_shared<fakes::FakeCollector>());
-  return fakes::State().collectorMissing ? nullptr : *collector;
+  return fakes::State().collectorMissing ? nullptr : fakes::TheOne<fakes::FakeCollector>();
 }
 
 void collect_interface::ICollectInterface::CoreHappen(const char* text) {
@@ -284,8 +277,7 @@ std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::
 // No cipher, but it goes back and forth and notices a changed byte.
 int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
-  fakes::Recorder::Get().Add("cipher.Encrypt");
-  fakes::NoteCipherCall(input, length, key, iv);
+  fakes::NoteCipherCall("cipher.Encrypt", input, length, key, iv);
   output.assign(input, input + length);
   output.push_back(fakes::Checksum(output));
   std::reverse(output.begin(), output.end());
@@ -294,9 +286,8 @@ int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int l
 
 int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
-  fakes::Recorder::Get().Add("cipher.Decrypt");
-  fakes::NoteCipherCall(input, length, key, iv);
-  if (fakes::State().decryptFails || length == 0) return -1;
+  fakes::NoteCipherCall("cipher.Decrypt", input, length, key, iv);
+  if (length == 0) return -1;
   output.assign(input + 1, input + length);
   std::reverse(output.begin(), output.end());
   return fakes::Checksum(output) == input[0] ? 0 : -1;
@@ -312,8 +303,7 @@ std::string pass_interface::IEncryption::Base64Decode(const char* text, int leng
 }
 
 std::shared_ptr<database_interface::IDatabaseInterface> database_interface::IDatabaseInterface::GetDbInstance() {
-  static auto* const database = new std::shared_ptr<IDatabaseInterface>(std::make_shared<fakes::FakeDatabase>());
-  return *database;
+  return fakes::TheOne<fakes::FakeDatabase>();
 }
 
 std::shared_ptr<ws_interface::IWSManagerInterface> ws_interface::IWSManagerInterface::Create() {

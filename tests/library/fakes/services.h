@@ -31,6 +31,7 @@ struct CreatedConnection {
   ws_interface::WSSystemParam systemParam;
   std::uint64_t reserved;
   std::weak_ptr<ws_interface::IWSInterfaceNotic> sink;
+  std::weak_ptr<ws_interface::IWSInterface> object;
   int timesDestroyed = 0;
 };
 
@@ -57,7 +58,6 @@ struct Services {
   int updateResult = 0;
   int deleteResult = 0;
   bool encryptFails = false;
-  bool decryptFails = false;
 
   // What they were given.
   std::weak_ptr<pass_interface::IPassInterfaceNotic> passSink;

@@ -32,10 +32,6 @@ class LoggerTest : public testing::Test {
   BaseLogger logger;
 };
 
-bool EndsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 TEST_F(LoggerTest, LinesFromBeforeTheStartComeFirstAndInOrder) {
   logger.WriteLog(20, 11, "first %d", 1);
   logger.WriteLog(60, 22, "second");
@@ -44,26 +40,25 @@ TEST_F(LoggerTest, LinesFromBeforeTheStartComeFirstAndInOrder) {
   logger.WriteLog(0, 33, "third");
   const auto lines = ReadLines(directory / "sdk.log");
   ASSERT_EQ(lines.size(), 3u);
-  EXPECT_TRUE(EndsWith(lines[0], " [11] [info] first 1")) << lines[0];
-  EXPECT_TRUE(EndsWith(lines[1], " [22] [error] second")) << lines[1];
-  EXPECT_TRUE(EndsWith(lines[2], " [33] [trace] third")) << lines[2];
+  EXPECT_TRUE(lines[0].ends_with(" [11] [info] first 1")) << lines[0];
+  EXPECT_TRUE(lines[1].ends_with(" [22] [error] second")) << lines[1];
+  EXPECT_TRUE(lines[2].ends_with(" [33] [trace] third")) << lines[2];
 }
 
-TEST_F(LoggerTest, PastTheBoundTheFirstLinesAreKeptAndTheOthersCounted) {
+TEST_F(LoggerTest, PastTheBoundOfLinesOrBytesTheFirstAreKeptAndTheOthersCounted) {
   for (std::size_t i = 0; i < WaitingLines::kMaxLines + 7; ++i) Write(20, "line " + std::to_string(i));
+  BaseLogger other;
+  other.SetLogPath((directory / "other").string().c_str());
+  other.WriteLog(20, 1, "%s", std::string(WaitingLines::kMaxBytes, 'x').c_str());
+  other.WriteLog(20, 1, "one too many");
   logger.StartLog();
+  other.StartLog();
   const auto lines = ReadLines(directory / "sdk.log");
   ASSERT_EQ(lines.size(), WaitingLines::kMaxLines + 1);
-  EXPECT_TRUE(EndsWith(lines[WaitingLines::kMaxLines - 1], "line 999"));
+  EXPECT_TRUE(lines[WaitingLines::kMaxLines - 1].ends_with("line 999"));
   EXPECT_NE(lines.back().find("7 lines were dropped"), std::string::npos) << lines.back();
-}
-
-TEST_F(LoggerTest, TheBoundIsOneOfBytesToo) {
-  Write(20, std::string(WaitingLines::kMaxBytes, 'x'));
-  Write(20, "one too many");
-  logger.StartLog();
-  EXPECT_EQ(Log().find("one too many"), std::string::npos);
-  EXPECT_NE(Log().find("1 lines were dropped"), std::string::npos);
+  EXPECT_EQ(Log("other/sdk.log").find("one too many"), std::string::npos);
+  EXPECT_NE(Log("other/sdk.log").find("1 lines were dropped"), std::string::npos);
 }
 
 TEST_F(LoggerTest, LinesBelowTheLevelAreDroppedWaitingOnesToo) {
@@ -74,7 +69,7 @@ TEST_F(LoggerTest, LinesBelowTheLevelAreDroppedWaitingOnesToo) {
   Write(20, "information");
   const auto lines = ReadLines(directory / "sdk.log");
   ASSERT_EQ(lines.size(), 1u);
-  EXPECT_TRUE(EndsWith(lines[0], "information"));
+  EXPECT_TRUE(lines[0].ends_with("information"));
 }
 
 TEST_F(LoggerTest, ALongLineStandsWholeAndBreaksNoLine) {
@@ -82,7 +77,7 @@ TEST_F(LoggerTest, ALongLineStandsWholeAndBreaksNoLine) {
   logger.StartLog();
   const std::string text(100000, 'x');
   Write(20, text + "\nforged\r\tend");
-  EXPECT_TRUE(EndsWith(Log(), text + " forged  end\n"));
+  EXPECT_TRUE(Log().ends_with(text + " forged  end\n"));
 }
 
 TEST_F(LoggerTest, FilesKeepToSizeAndCount) {
@@ -102,31 +97,26 @@ TEST_F(LoggerTest, FilesKeepToSizeAndCount) {
   EXPECT_EQ(FilesInDirectory(), 2);
 }
 
-TEST_F(LoggerTest, TheModeSaysWhetherAStartBeginsANewFile) {
+TEST_F(LoggerTest, TheModeSaysWhetherAStartBeginsANewFileAndAStartTakesOverWhatWasSetSince) {
   tests::WriteFile(directory / "sdk.log", "yesterday\n");
   logger.SetLogModeSetting(0);
   logger.StartLog();
   Write(20, "today");
-  EXPECT_EQ(Log().find("yesterday\n"), 0u);
-  EXPECT_NE(Log().find("today"), std::string::npos);
-
   logger.SetLogModeSetting(1);
+  EXPECT_TRUE(Log().starts_with("yesterday\n")) << Log();
+  EXPECT_TRUE(Log().ends_with("today\n")) << Log();
+
   logger.StartLog();
   Write(20, "later");
-  EXPECT_EQ(Log().find("today"), std::string::npos);
-  EXPECT_NE(Log().find("later"), std::string::npos);
-  EXPECT_NE(Log("sdk.1.log").find("today"), std::string::npos);
-}
-
-TEST_F(LoggerTest, AFurtherStartTakesOverWhatWasSetSince) {
-  logger.StartLog();
   logger.SetLogPath((directory / "below/deeper").string().c_str());
   logger.SetLogName("other");
   Write(20, "before");
   logger.StartLog();
   Write(20, "after");
-  EXPECT_NE(Log().find("before"), std::string::npos);
-  EXPECT_NE(Log("below/deeper/other.log").find("after"), std::string::npos);
+  EXPECT_TRUE(Log("sdk.1.log").ends_with("today\n")) << Log("sdk.1.log");
+  EXPECT_EQ(ReadLines(directory / "sdk.log").size(), 2u) << Log();
+  EXPECT_TRUE(Log().ends_with("before\n")) << Log();
+  EXPECT_TRUE(Log("below/deeper/other.log").ends_with("after\n"));
 }
 
 TEST_F(LoggerTest, ASettingOutsideItsRangeIsNamedAndReplaced) {
@@ -183,12 +173,10 @@ TEST_F(LoggerTest, LinesOfManyThreadsStayWholeAcrossRotationsAndStarts) {
   EXPECT_EQ(lines, 400u);
 }
 
-TEST(LogInstanceTest, ThereIsOneLoggerAndEveryThreadHasItsId) {
-  EXPECT_EQ(IBaseLogInterface::GetLogInstance(), IBaseLogInterface::GetLogInstance());
+TEST(ThreadIdTest, EveryThreadHasItsOwn) {
   long other = 0;
   std::thread([&] { other = GetTid(); }).join();
   EXPECT_NE(GetTid(), other);
-  EXPECT_EQ(GetTid(), GetTid());
 }
 
 }  // namespace

@@ -88,28 +88,21 @@ std::shared_ptr<MessageCollect> MessageWith(std::shared_ptr<MessageCollectBaseDa
   return message;
 }
 
-TEST_F(CollectorTest, RegisteringMakesNoFile) {
-  Collector()->SetCollectSdkType("data_interface");
-  EXPECT_TRUE(std::filesystem::is_empty(directory.path));
-}
-
 TEST_F(CollectorTest, AMessageIsReadBackWithAllItsFieldsAndMilestones) {
   Collector()->SetCollectSdkType("data_interface");
+  EXPECT_TRUE(std::filesystem::is_empty(directory.path)) << "the first record makes the file";
   Collector()->ReportMessageCollect(MessageWith(FullStatus()));
   EXPECT_EQ(Read("SELECT sdk_type, collect_type, collect_status, default_mode, timestamp, tag, session, target_id, "
                  "channel, ws_domain, ws_port, error_code, status_text, sdk_version, interface_version, detail_text, "
-                 "extra_text, process_name FROM messages",
-                 18),
+                 "extra_text, process_name, play_response_time, first_frame_time, release_time, connecting_count, "
+                 "connecting_time, disconnected_time, connected_time, connected_flag FROM messages",
+                 26),
             std::string("data_interface|1|2|1|1700000000001|tag|") + kSessionDigest +
-                "|phone-1|websocket|localhost|40001|-5|status|1.13.0|1.13.1|detail|extra|host|\n");
-  EXPECT_EQ(Read("SELECT play_response_time, first_frame_time, release_time, connecting_count, connecting_time, "
-                 "disconnected_time, connected_time, connected_flag FROM messages",
-                 8),
-            "101|102|103|4|105|106|107|1|\n");
-  EXPECT_EQ(Read("SELECT name, time FROM milestones WHERE message_id = (SELECT max(message_id) FROM milestones) "
-                 "ORDER BY time",
-                 2),
-            "startConnect|20|\nconnectSucc|30|\nrecvFirstFrame|1700000000000|\n");
+                "|phone-1|websocket|localhost|40001|-5|status|1.13.0|1.13.1|detail|extra|host|"
+                "101|102|103|4|105|106|107|1|\n");
+  EXPECT_EQ(
+      Read("SELECT name, time FROM milestones WHERE message_id = (SELECT max(id) FROM messages) ORDER BY time", 2),
+      "startConnect|20|\nconnectSucc|30|\nrecvFirstFrame|1700000000000|\n");
 }
 
 TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeader) {
@@ -119,15 +112,6 @@ TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeader) {
   Collector()->ReportMessageCollect(MessageWith(nullptr));
   Collector()->ReportMessageCollect(MessageWith(base));
   EXPECT_EQ(Read("SELECT collect_status, target_id, session FROM messages ORDER BY id", 3), "2|||\n2|phone-2||\n");
-}
-
-TEST_F(CollectorTest, TheSessionIdItselfIsNowhereOnDisk) {
-  const int rowId = Insert();
-  EXPECT_EQ(Collector()->UpdataInstanceSessionId(rowId, kSessionId, static_cast<int>(sizeof(kSessionId) - 1)), 0);
-  Collector()->ReportMessageCollect(MessageWith(FullStatus()));
-  for (const auto& file : std::filesystem::directory_iterator(directory.path)) {
-    EXPECT_EQ(tests::ReadFile(file).find(kSessionId), std::string::npos) << file.path();
-  }
 }
 
 TEST_F(CollectorTest, AnInstanceRowLivesFromInsertToDelete) {
@@ -173,13 +157,13 @@ TEST_F(CollectorTest, ALongTextIsCutBetweenCharacters) {
 TEST_F(CollectorTest, ACrashIsALineInAFileOfItsOwn) {
   reference::SetDataDirectory(directory / "not/made/yet");
   Collector();
-  ICollectInterface::CoreHappen("first.dmp");
-  ICollectInterface::CoreHappen(nullptr);
-  ICollectInterface::CoreHappen("second.dmp");
+  for (const char* dump : {"first.dmp", static_cast<const char*>(nullptr), "second.dmp"}) {
+    ICollectInterface::CoreHappen(dump);
+  }
   const auto lines = tests::ReadLines(directory / "not/made/yet/crashes.txt");
   ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0].substr(0, 9), "first.dmp");
-  EXPECT_EQ(lines[1].substr(0, 10), "second.dmp");
+  EXPECT_TRUE(lines[0].starts_with("first.dmp")) << lines[0];
+  EXPECT_TRUE(lines[1].starts_with("second.dmp")) << lines[1];
   EXPECT_FALSE(std::filesystem::exists(directory / "not/made/yet" / kDatabaseFile));
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -39,50 +40,32 @@ TEST(AnswerParserTest, AGrantedAnswerFillsEveryField) {
   InstanceInfo answer;
   std::string problem;
   ASSERT_TRUE(ParsePhoneConnectAnswer(kGranted, answer, problem)) << problem;
-  EXPECT_EQ(answer.requestTag, "r-17");
-  EXPECT_EQ(answer.code, 0);
-  EXPECT_EQ(answer.message, "success");
-  EXPECT_EQ(answer.sessionId, "s-1");
-  EXPECT_EQ(answer.instanceNo, "i-1");
-  EXPECT_EQ(answer.userId, "u-1");
-  EXPECT_EQ(answer.appPackage, "com.example.app");
-  EXPECT_EQ(answer.sessionSignExpireTime, 1790000000000);
-  EXPECT_EQ(answer.sessionExpireTime, 1790000000001);
-  EXPECT_EQ(answer.endpoints.tcpDomain, "tcp");
-  EXPECT_EQ(answer.endpoints.tcpPort, 1);
-  EXPECT_EQ(answer.endpoints.udpDomain, "udp");
-  EXPECT_EQ(answer.endpoints.udpPort, 65535);
-  EXPECT_EQ(answer.endpoints.webSocketDomain, "ws");
-  EXPECT_EQ(answer.endpoints.webSocketPort, 40001);
+  EXPECT_EQ(std::tie(answer.requestTag, answer.code, answer.message, answer.sessionId, answer.instanceNo, answer.userId,
+                     answer.appPackage, answer.gCtrlNodeNo, answer.preemption),
+            std::tuple("r-17", 0, "success", "s-1", "i-1", "u-1", "com.example.app", "n-1", false));
+  EXPECT_EQ(std::tie(answer.sessionSignExpireTime, answer.sessionExpireTime), std::tuple(1790000000000, 1790000000001));
+  EXPECT_EQ(std::tie(answer.endpoints.tcpDomain, answer.endpoints.tcpPort, answer.endpoints.udpDomain,
+                     answer.endpoints.udpPort, answer.endpoints.webSocketDomain, answer.endpoints.webSocketPort),
+            std::tuple("tcp", 1, "udp", 65535, "ws", 40001));
   ASSERT_EQ(answer.subStreamInfoList.size(), 1U);
-  EXPECT_EQ(answer.subStreamInfoList[0].ispCode, -7);
-  EXPECT_EQ(answer.subStreamInfoList[0].endpoints.webSocketDomain, "line");
-  EXPECT_EQ(answer.subStreamInfoList[0].endpoints.webSocketPort, 40002);
+  const auto& line = answer.subStreamInfoList[0];
+  EXPECT_EQ(std::tie(line.ispCode, line.endpoints.webSocketDomain, line.endpoints.webSocketPort),
+            std::tuple(-7, "line", 40002));
   EXPECT_EQ(answer.streamStrategyList, (std::vector<std::int32_t>{2, 1}));
-  EXPECT_EQ(answer.gCtrlNodeNo, "n-1");
-  EXPECT_FALSE(answer.preemption);
 }
 
-TEST(AnswerParserTest, WhatIsNotRequiredKeepsItsDefault) {
-  InstanceInfo answer;
+TEST(AnswerParserTest, WhatIsNotRequiredKeepsItsDefaultAndARefusalNeedsNothingButItsCode) {
+  InstanceInfo granted, refused;
   std::string problem;
   ASSERT_TRUE(ParsePhoneConnectAnswer(R"({"code": 0, "data": {"sessionId": "s", "sessionSignExpireTime": 0,
       "sessionExpireTime": 0, "streamInfo": {"webSocketDomain": "ws", "webSocketPort": 1}}})",
-                                      answer, problem))
+                                      granted, problem))
       << problem;
-  EXPECT_EQ(answer.requestTag, "");
-  EXPECT_EQ(answer.endpoints.tcpPort, 0);
-  EXPECT_TRUE(answer.subStreamInfoList.empty());
-  EXPECT_TRUE(answer.preemption);
-}
-
-TEST(AnswerParserTest, ARefusalNeedsNothingButItsCode) {
-  InstanceInfo answer;
-  std::string problem;
-  ASSERT_TRUE(
-      ParsePhoneConnectAnswer(R"({"code": -2147483648, "message": "no phone", "data": null})", answer, problem));
-  EXPECT_EQ(answer.code, INT32_MIN);
-  EXPECT_EQ(answer.message, "no phone");
+  EXPECT_EQ(std::tie(granted.requestTag, granted.endpoints.tcpPort, granted.preemption), std::tuple("", 0, true));
+  EXPECT_TRUE(granted.subStreamInfoList.empty());
+  const char* const refusal = R"({"code": -2147483648, "message": "no phone", "data": null})";
+  ASSERT_TRUE(ParsePhoneConnectAnswer(refusal, refused, problem)) << problem;
+  EXPECT_EQ(std::tie(refused.code, refused.message), std::tuple(INT32_MIN, "no phone"));
 }
 
 TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatIsAllowed) {
@@ -94,6 +77,7 @@ TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatI
   } rows[] = {
       {"", "the answer: is not JSON at Line 1, Column 1"},
       {"[]", "the answer: must be an object"},
+      {With(R"("s-1")", "s-1"), "the answer: is not JSON at Line 2"},
       {kGranted + "x", "the answer: is not JSON at Line 7"},
       {With(R"("code": 0)", R"("code": 0, "code": 1)"), "the answer: is not JSON at Line 1"},
       {With(R"({"a": []})", std::string(5000, '[')), "levels deep"},
@@ -105,26 +89,22 @@ TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatI
       {With(R"("code": 0)", R"("code": 0.5)"), "code: must be an integer"},
       {With(R"("code": 0)", R"("code": 1e300)"), "code: must be an integer"},
       {With(R"("code": 0)", R"("code": 2147483648)"), "code: 2147483648 is not between -2147483648 and 2147483647"},
-      {With(R"("code": 0)", R"("code": true)"), "code: must be an integer"},
       {With(R"("data")", R"("date")"), "data: is missing"},
       {With(R"("s-1")", "null"), "data.sessionId: must be a text"},
       {With(R"("s-1")", R"("")"), "data.sessionId: must not be empty"},
       {With(R"("s-1")", R"("a\u0000b")"), "data.sessionId: must not hold a NUL character"},
       {With(R"("i-1")", '"' + std::string(4097, 'x') + '"'), "data.instanceNo: 4097 bytes are more than 4096"},
       {With("1790000000000", "-1"), "data.sessionSignExpireTime: -1 is not between 0 and 9223372036854775807"},
-      {With("1790000000000", "18446744073709551615"), "data.sessionSignExpireTime: 18446744073709551615 is not"},
       {With(R"("sessionExpireTime")", R"("expire")"), "data.sessionExpireTime: is missing"},
       {With(R"("streamInfo")", R"("stream")"), "data.streamInfo: is missing"},
       {With(R"("tcpPort": 1)", R"("tcpPort": -1)"), "data.streamInfo.tcpPort: -1 is not between 0 and 65535"},
       {With("65535", "65536"), "data.streamInfo.udpPort: 65536 is not between 0 and 65535"},
-      {With("40001", "70000"), "data.streamInfo.webSocketPort: 70000 is not between 1 and 65535"},
       {With("40001", "0"), "data.streamInfo.webSocketPort: 0 is not between 1 and 65535"},
       {With(R"("ws")", R"("")"), "data.streamInfo.webSocketDomain: must not be empty"},
       {With(lines, "{}"), "data.subStreamInfoList: must be a list"},
       {With(lines, "[1]"), "data.subStreamInfoList[0]: must be an object"},
       {With(lines, '[' + Repeated(line, 65) + ']'), "data.subStreamInfoList: 65 elements are more than 64"},
       {With(lines, '[' + line + R"(, {"ispCode": 1}])"), "data.subStreamInfoList[1].label: is missing"},
-      {With(R"("label": "", )", ""), "data.subStreamInfoList[0].label: is missing"},
       {With("40002", "65536"), "data.subStreamInfoList[0].webSocketPort: 65536 is not between 1 and 65535"},
       {With("[2, 1]", R"([2, "1"])"), "data.streamStrategyList[1]: must be an integer"},
       {With("[2, 1]", '[' + Repeated("1", 257) + ']'), "data.streamStrategyList: 257 elements are more than 256"},
@@ -135,23 +115,10 @@ TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatI
     std::string problem;
     EXPECT_FALSE(ParsePhoneConnectAnswer(row.text, answer, problem)) << row.problem;
     EXPECT_NE(problem.find(row.problem), std::string::npos) << problem << "\nshould name: " << row.problem;
+    EXPECT_EQ(problem.find("s-1"), std::string::npos) << problem << "\nquotes the session";
     EXPECT_EQ(answer.code, -1) << row.problem;
     EXPECT_EQ(answer.sessionId, "") << row.problem;
   }
-}
-
-TEST(AnswerParserTest, AMalformedAnswerKeepsTheRequestTag) {
-  InstanceInfo answer;
-  std::string problem;
-  ASSERT_FALSE(ParsePhoneConnectAnswer(With("40001", "0"), answer, problem));
-  EXPECT_EQ(answer.requestTag, "r-17");
-}
-
-TEST(AnswerParserTest, ASyntaxErrorIsReportedWithoutQuotingTheAnswer) {
-  InstanceInfo answer;
-  std::string problem;
-  ASSERT_FALSE(ParsePhoneConnectAnswer(R"({"sessionId": secret})", answer, problem));
-  EXPECT_EQ(problem.find("secret"), std::string::npos) << problem;
 }
 
 TEST(AnswerParserTest, EveryTruncationIsRefusedAndNoFlippedBitGetsPastTheRanges) {

@@ -51,35 +51,24 @@ TEST(EncryptionTest, EqualInputsGiveEqualOutputsAndOtherKeysOthers) {
   EXPECT_EQ(outputs.size(), 3U);
 }
 
-TEST(EncryptionTest, AnyFlippedBitIsRefusedAndTheOutputLeftAlone) {
+TEST(EncryptionTest, AnyChangeIsRefusedAndTheOutputLeftAlone) {
   const Bytes sealed = Encrypted(Plain(40));
+  Bytes opened = {1, 2, 3};
   for (std::size_t bit = 0; bit < sealed.size() * 8; ++bit) {
     Bytes tampered = sealed;
     tampered[bit / 8] = static_cast<unsigned char>(tampered[bit / 8] ^ (1U << (bit % 8)));
-    Bytes opened = {1, 2, 3};
     EXPECT_EQ(Decrypt(tampered, opened), -1) << bit;
-    EXPECT_EQ(opened, (Bytes{1, 2, 3})) << bit;
   }
-}
-
-TEST(EncryptionTest, AnyTruncationAndAnyExtensionIsRefused) {
-  const Bytes sealed = Encrypted(Plain(40));
-  Bytes opened;
-  for (std::size_t length = 0; length < sealed.size(); ++length) {
-    Bytes shorter(sealed.begin(), sealed.begin() + static_cast<std::ptrdiff_t>(length));
-    shorter.reserve(1);
-    EXPECT_EQ(Decrypt(shorter, opened), -1) << length;
+  for (std::size_t length = 0; length <= sealed.size() + 1; ++length) {
+    Bytes resized = sealed;
+    resized.resize(length);
+    if (length != sealed.size()) {
+      EXPECT_EQ(Decrypt(resized, opened), -1) << length;
+    }
   }
-  Bytes longer = sealed;
-  longer.push_back(0);
-  EXPECT_EQ(Decrypt(longer, opened), -1);
-}
-
-TEST(EncryptionTest, AnotherKeyOrVectorIsRefused) {
-  const Bytes sealed = Encrypted(Plain(40));
-  Bytes opened;
   EXPECT_EQ(Decrypt(sealed, opened, Bytes(32, 0x4c)), -1);
   EXPECT_EQ(Decrypt(sealed, opened, kKey, Bytes(16, 0x20)), -1);
+  EXPECT_EQ(opened, (Bytes{1, 2, 3}));
 }
 
 TEST(EncryptionTest, NullPointersAndNegativeLengthsAreRefused) {
@@ -110,15 +99,8 @@ TEST(Base64Test, TextsAndTheirForms) {
     EXPECT_EQ(IEncryption::Base64Encode(row.bytes.data(), static_cast<int>(row.bytes.size()), false), row.text);
     EXPECT_EQ(Decoded(row.text), row.bytes) << row.text;
   }
-}
-
-TEST(Base64Test, ALongTextStaysOnOneLineAndComesBack) {
-  std::string bytes(5000, '\0');
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31);
-  const std::string text = IEncryption::Base64Encode(bytes.data(), static_cast<int>(bytes.size()), false);
-  EXPECT_EQ(text.size(), 6668U);
-  EXPECT_EQ(text.find('\n'), std::string::npos);
-  EXPECT_EQ(Decoded(text), bytes);
+  const std::string zeros(3000, '\0');
+  EXPECT_EQ(IEncryption::Base64Encode(zeros.data(), 3000, false), std::string(4000, 'A')) << "stays on one line";
 }
 
 TEST(Base64Test, WhatIsNotCanonicalDecodesToNothing) {

@@ -1,37 +1,12 @@
-// A sink that writes every notice into one ordered list.
-//
-// Threads: notices from any, the list is guarded; set the switches before the first notice.
+// A sink of the signalling connection that records every notice.
 #ifndef TESTS_REFERENCE_WS_INTERFACE_RECORDING_SINK_H
 #define TESTS_REFERENCE_WS_INTERFACE_RECORDING_SINK_H
 
-#include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
-#include <sstream>
-#include <string>
-#include <vector>
-
+#include "tests/reference/common/notice_record.h"
 #include "ws_interface/ws_interface_notic.h"
 
-class RecordingSink : public ws_interface::IWSInterfaceNotic {
- public:
-  // Called inside each notice with its line.
-  std::function<void(const std::string&)> inside;
+struct RecordingSink : ws_interface::IWSInterfaceNotic, tests::NoticeRecord {
   std::int32_t formatChoice = 264;
-
-  std::vector<std::string> Lines() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return lines;
-  }
-
-  // False when line has not come often enough after ten seconds.
-  bool WaitFor(const std::string& line, std::ptrdiff_t times = 1) {
-    std::unique_lock<std::mutex> lock(mutex);
-    return added.wait_for(lock, std::chrono::seconds(10),
-                          [&] { return std::count(lines.begin(), lines.end(), line) >= times; });
-  }
 
   void OnConnectState(std::uint32_t state) override { Add("state", state); }
   void OnConnectStep(std::int32_t step) override { Add("step", step); }
@@ -67,24 +42,6 @@ class RecordingSink : public ws_interface::IWSInterfaceNotic {
   void OnNotice23() override { Add("notice 23"); }
   void OnNotice24() override { Add("notice 24"); }
   void OnNotice25() override { Add("notice 25"); }
-
- private:
-  template <class... Values>
-  void Add(const Values&... values) {
-    std::ostringstream stream;
-    const char* separator = "";
-    ((stream << separator << values, separator = " "), ...);
-    {
-      const std::lock_guard<std::mutex> lock(mutex);
-      lines.push_back(stream.str());
-    }
-    added.notify_all();
-    if (inside) inside(stream.str());
-  }
-
-  std::mutex mutex;
-  std::condition_variable added;
-  std::vector<std::string> lines;
 };
 
 #endif
