@@ -1,24 +1,36 @@
 #include "reference/common/settings.h"
 
+#include <array>
 #include <cstdlib>
+#include <iterator>
 #include <mutex>
-#include <optional>
+#include <stdexcept>
+#include <type_traits>
 
 namespace reference {
 namespace {
 
+constexpr std::size_t kMaxTextBytes = 4095;
+
+// A bounded text in place, without a destructor: a service's thread may still ask while the process ends, and nothing is
+// left behind when the library is unloaded.
 class Setting {
  public:
-  explicit Setting(const char* variable) : variable(variable) {}
+  constexpr explicit Setting(const char* variable) : variable(variable) {}
 
-  void Set(std::string newValue) {
+  void Set(const std::string& newValue) {
+    if (newValue.size() > kMaxTextBytes) {
+      throw std::length_error("a setting has " + std::to_string(newValue.size()) + " bytes, at most " +
+                              std::to_string(kMaxTextBytes) + " are allowed");
+    }
     const std::lock_guard<std::mutex> lock(mutex);
-    value = std::move(newValue);
+    value[newValue.copy(value.data(), kMaxTextBytes)] = '\0';
+    isSet = true;
   }
 
   std::string Get() {
     const std::lock_guard<std::mutex> lock(mutex);
-    if (value) return *value;
+    if (isSet) return value.data();
     const char* text = std::getenv(variable);
     return text != nullptr ? text : "";
   }
@@ -26,13 +38,14 @@ class Setting {
  private:
   const char* const variable;
   std::mutex mutex;
-  std::optional<std::string> value;
+  bool isSet = false;
+  std::array<char, kMaxTextBytes + 1> value{};
 };
+static_assert(std::is_trivially_destructible_v<Setting>);
 
-// Never destroyed: a service's thread may still ask while the process ends.
-Setting& dataDirectory = *new Setting("QV_REFERENCE_DATA_DIR");
-Setting& authorityFile = *new Setting("QV_REFERENCE_CA_FILE");
-Setting& proxy = *new Setting("QV_REFERENCE_PROXY");
+constinit Setting dataDirectory("QV_REFERENCE_DATA_DIR");
+constinit Setting authorityFile("QV_REFERENCE_CA_FILE");
+constinit Setting proxy("QV_REFERENCE_PROXY");
 
 std::filesystem::path UserDataDirectory() {
 #ifdef _WIN32

@@ -2,7 +2,8 @@
 // setting when it starts work, so a later change reaches only work that starts later.
 //
 // Each setting that the host has not made comes from its environment variable, and failing that from its default.
-// Threads: every function may be called from any thread. Texts are UTF-8 and copied.
+// Threads: every function may be called from any thread. Texts are UTF-8 and copied; one of more than 4095 bytes throws
+// std::length_error.
 #ifndef REFERENCE_COMMON_SETTINGS_H
 #define REFERENCE_COMMON_SETTINGS_H
 

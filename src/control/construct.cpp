@@ -21,7 +21,7 @@ bool CQVDataControl::IsCurrent(Generation since) const {
 }
 
 void CQVDataControl::TellStatus(const FrontEnd& frontEnd, std::int32_t code) {
-  Tell(frontEnd, [code](IQVDataInterfaceNotic& notic) { notic.OnStatus(code, ResultMessage(code).c_str()); });
+  Tell(frontEnd, [code](IQVDataInterfaceNotic& notic) { notic.OnStatus(code, ResultMessage(code)); });
 }
 
 void CQVDataControl::RecordMilestoneNow(const char* name) {

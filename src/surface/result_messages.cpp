@@ -1,14 +1,18 @@
 #include "surface/result_messages.h"
 
-#include <map>
-
 #include "qv_data_interface/result_codes.h"
 
 namespace qv_data_interface {
 namespace {
 
-// Never destroyed: a service's thread may report while the process ends.
-const std::map<int, std::string>& resultCodeMessages = *new std::map<int, std::string>{
+struct ResultMessageEntry {
+  std::int32_t code;
+  const char* message;
+};
+
+// Plain constants: nothing is made when the library is loaded, and a service's thread that reports while the process
+// ends still finds them.
+constexpr ResultMessageEntry resultCodeMessages[] = {
     {kResultSuccess, "success"},
     {kResultWsInitFailed, "web socket init failed"},
     {kResultWsDisconnect, "web socket disconnect"},
@@ -19,14 +23,13 @@ const std::map<int, std::string>& resultCodeMessages = *new std::map<int, std::s
     {kResultRefreshSessionNot200, "Http Req for refresh-session can not get 200"},
 };
 
-const std::string& noMessage = *new std::string;
-
 }  // namespace
 
-const std::string& ResultMessage(std::int32_t code) {
-  // Never inserts: the table is read by several notice threads at once.
-  const auto found = resultCodeMessages.find(code);
-  return found != resultCodeMessages.end() ? found->second : noMessage;
+const char* ResultMessage(std::int32_t code) {
+  for (const ResultMessageEntry& entry : resultCodeMessages) {
+    if (entry.code == code) return entry.message;
+  }
+  return "";
 }
 
 }  // namespace qv_data_interface

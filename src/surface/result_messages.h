@@ -3,12 +3,11 @@
 #define SURFACE_RESULT_MESSAGES_H
 
 #include <cstdint>
-#include <string>
 
 namespace qv_data_interface {
 
 // Empty for a code that is not the library's own. Valid as long as the library is loaded. From any thread.
-const std::string& ResultMessage(std::int32_t code);
+const char* ResultMessage(std::int32_t code);
 
 }  // namespace qv_data_interface
 

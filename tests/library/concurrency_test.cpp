@@ -93,6 +93,49 @@ TEST_F(Concurrency, ASessionIsNotCachedForThePhoneThatTheFrontEndTurnsToInItsNot
   EXPECT_THAT(Take(), Contains(StartsWith("pass.RequestPhoneConnect(phone-2")));
 }
 
+TEST_F(Concurrency, TheFrontEndMayReleaseAndConnectAnewInsideTheNoticeOfACachedConnect) {
+  Connect();
+  controller->ReleasePhoneConnect();
+  InitReady();
+  std::int32_t inside = -2;
+  At("notice.OnIspList", [&] {
+    controller->ReleasePhoneConnect();
+    EXPECT_EQ(Init(), 0);
+    inside = controller->GetPhoneConnect();
+  });
+  EXPECT_EQ(controller->GetPhoneConnect(), -1) << "this one has been overtaken";
+  EXPECT_EQ(inside, 0);
+  ExpectOneConnectionAndRow();
+  ReleaseAndExpectNothingLeft();
+}
+
+TEST_F(Concurrency, TheLastPointerMayBeDroppedInsideANoticeOnTheFrontEndsOwnThread) {
+  Connect();
+  controller->ReleasePhoneConnect();
+  InitReady();
+  const std::weak_ptr<IQVDataInterface> watched = controller;
+  At("notice.OnIspList", [&] {
+    controller.reset();
+    EXPECT_FALSE(watched.expired()) << "it lives until its own call has ended";
+  });
+  controller.get()->GetPhoneConnect();
+  EXPECT_TRUE(watched.expired());
+  EXPECT_EQ(Services().LiveConnections(), 0);
+}
+
+TEST_F(Concurrency, BeforeTheAnswerNoLineOfTheLastPhoneIsTaken) {
+  Connect();
+  EXPECT_EQ(controller->ChangeIsp(2), 0);
+  ReleaseAndForget();
+  targetId = "phone-2";
+  Request();
+  for (const std::uint32_t line : {1U, 65536U}) EXPECT_EQ(controller->ChangeIsp(line), -1);
+  EXPECT_EQ(Services().LiveConnections(), 0) << "the answer's own connection finds the place free";
+  Grant();
+  EXPECT_EQ(controller->ChangeIsp(1), 0);
+  ReleaseAndExpectNothingLeft();
+}
+
 TEST_F(Concurrency, TwoAnswersAtOnceGiveOneConnectionAndOneRow) {
   for (const char* where : {"wsManager.CreateWS", "collect.InsertInstanceInfo"}) {
     SCOPED_TRACE(where);

@@ -49,7 +49,7 @@ TEST_F(Surface, ALogParameterSetsUpTheLoggerFromItsFieldsAndNullFromTheDefaultsE
 
 // The other codes' texts are seen where they are told to the front end.
 TEST_F(Surface, AnUnknownResultCodeHasNoText) {
-  EXPECT_EQ(qv_data_interface::ResultMessage(60709999), "");
+  EXPECT_STREQ(qv_data_interface::ResultMessage(60709999), "");
 }
 
 TEST_F(Telemetry, NothingIsSentBeforeAnythingWasGathered) {
