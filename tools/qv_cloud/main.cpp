@@ -101,25 +101,33 @@ void Run(ProgramOptions options) {
   WaitForEnd(options.untilStdinCloses);
 }
 
+int Serve(int argc, char** argv, ProgramOptions& options) {
+  CLI::App app("A cloud on the loopback interface, for qv_data_interface to connect to.", "qv_cloud");
+  AddOptions(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error);
+  }
+  Run(options);
+  return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("A cloud on the loopback interface, for qv_data_interface to connect to.", "qv_cloud");
-  ProgramOptions options;
-  int status = EXIT_SUCCESS;
+  int status = EXIT_FAILURE;
+  bool readsStdin = false;
   try {
-    AddOptions(app, options);
-    app.parse(argc, argv);
-    Run(options);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error);
+    ProgramOptions options;
+    status = Serve(argc, argv, options);
+    readsStdin = options.untilStdinCloses;
   } catch (const std::exception& error) {
-    std::cerr << "qv_cloud: " << error.what() << "\n";
-    status = EXIT_FAILURE;
+    std::fprintf(stderr, "qv_cloud: %s\n", error.what());
   }
   // Leaving main would close standard input, whose lock a thread that still reads it holds on some systems.
-  if (options.untilStdinCloses) {
-    std::cout << std::flush;
+  if (readsStdin) {
+    std::fflush(stdout);
     std::_Exit(status);
   }
   return status;
