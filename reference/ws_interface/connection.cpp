@@ -196,7 +196,7 @@ void Connection::OnTimer() {
     case Phase::kPausing:
       return BeginAttempt();
     case Phase::kConnecting:
-      return Overdue(std::string("no open WebSocket, still ") + transport->Stage());
+      return Overdue(std::string("still ") + transport->Stage() + ", no open WebSocket");
     case Phase::kAuthenticating:
       return Overdue("no authRsp");
     case Phase::kAwaitingPlay:
