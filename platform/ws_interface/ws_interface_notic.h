@@ -4,7 +4,8 @@
 // library is held; every operation of IWSInterface and IWSManagerInterface may be called from inside, DestroyWS and
 // stop included. When DestroyWS or stop has returned no further notice of the connection begins, and none is running
 // unless it was called from inside a notice of any service: two services that stop each other from inside their notices
-// would wait for ever. Ownership: texts are NUL-terminated and valid during the call only.
+// would wait for ever.
+// Ownership: texts are NUL-terminated and valid during the call only.
 #ifndef SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
 #define SDK_WS_INTERFACE_WS_INTERFACE_NOTIC_H
 
