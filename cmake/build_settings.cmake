@@ -8,6 +8,10 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+if(WIN32)
+  set(CMAKE_SHARED_LIBRARY_PREFIX "")
+endif()
+
 # All libraries and programs side by side, so that a program finds its libraries from the build tree on every system.
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
@@ -21,6 +25,13 @@ if(QV_CCACHE)
     "CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}" CCACHE_NOHASHDIR=true "${QV_CCACHE}")
 endif()
 
+# The end of the name of a file that is written once for each operating system.
+if(WIN32)
+  set(QV_SYSTEM windows)
+else()
+  set(QV_SYSTEM linux)
+endif()
+
 set(QV_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them")
 
 add_library(qv_build_settings INTERFACE)
@@ -28,8 +39,9 @@ target_compile_options(qv_build_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
-  # g++ 12 sees overlapping copies in plain concatenations of strings.
-  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
+  # g++ 12 sees overlapping copies in plain concatenations of strings, and endless comparisons of short ones.
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-stringop-overread>)
 if(QV_SANITIZE)
   add_compile_options(-fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${QV_SANITIZE})
@@ -50,3 +62,9 @@ function(qv_beast_sources)
     set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS -fno-sanitize=undefined)
   endif()
 endfunction()
+
+# The compiler's runtime, which all DLLs share, stands beside them as it does in a release.
+if(QV_WINDOWS_PREFIX AND PROJECT_IS_TOP_LEVEL)
+  file(GLOB runtimeLibraries "${QV_WINDOWS_PREFIX}/bin/*.dll")
+  file(COPY ${runtimeLibraries} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+endif()

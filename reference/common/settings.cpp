@@ -1,11 +1,13 @@
 #include "reference/common/settings.h"
 
 #include <array>
-#include <cstdlib>
-#include <iterator>
-#include <mutex>
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 #include <type_traits>
+
+#include "reference/common/environment.h"
+#include "reference/common/path_text.h"
 
 namespace reference {
 namespace {
@@ -15,6 +17,20 @@ constexpr std::size_t kMaxTextBytes = 4095;
 // A bounded text in place, without a destructor: a service's thread may still ask while the process ends, and nothing is
 // left behind when the library is unloaded.
 class Setting {
+  // Held for one short copy. Not a std::mutex: on mingw that has a constructor and a destructor to run.
+  class Lock {
+   public:
+    explicit Lock(std::atomic_flag& isHeld) : isHeld(isHeld) {
+      while (isHeld.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
+    }
+    ~Lock() { isHeld.clear(std::memory_order_release); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+   private:
+    std::atomic_flag& isHeld;
+  };
+
  public:
   constexpr explicit Setting(const char* variable) : variable(variable) {}
 
@@ -23,21 +39,22 @@ class Setting {
       throw std::length_error("a setting has " + std::to_string(newValue.size()) + " bytes, at most " +
                               std::to_string(kMaxTextBytes) + " are allowed");
     }
-    const std::lock_guard<std::mutex> lock(mutex);
+    const Lock lock(isHeld);
     value[newValue.copy(value.data(), kMaxTextBytes)] = '\0';
     isSet = true;
   }
 
   std::string Get() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (isSet) return value.data();
-    const char* text = std::getenv(variable);
-    return text != nullptr ? text : "";
+    {
+      const Lock lock(isHeld);
+      if (isSet) return value.data();
+    }
+    return EnvironmentText(variable);
   }
 
  private:
   const char* const variable;
-  std::mutex mutex;
+  std::atomic_flag isHeld;
   bool isSet = false;
   std::array<char, kMaxTextBytes + 1> value{};
 };
@@ -48,37 +65,27 @@ constinit Setting authorityFile("QV_REFERENCE_CA_FILE");
 constinit Setting proxy("QV_REFERENCE_PROXY");
 
 std::filesystem::path UserDataDirectory() {
-#ifdef _WIN32
-  const char* const homes[] = {"LOCALAPPDATA"};
-  const char* const suffixes[] = {"qv_data_interface"};
-#else
-  const char* const homes[] = {"XDG_DATA_HOME", "HOME"};
-  const char* const suffixes[] = {"qv_data_interface", ".local/share/qv_data_interface"};
-#endif
-  for (std::size_t i = 0; i < std::size(homes); ++i) {
-    const char* home = std::getenv(homes[i]);
-    if (home != nullptr && *home != '\0') return std::filesystem::path(home) / suffixes[i];
-  }
-  return std::filesystem::temp_directory_path() / "qv_data_interface";
+  const std::filesystem::path root = UserDataRoot();
+  return (root.empty() ? std::filesystem::temp_directory_path() : root) / "qv_data_interface";
 }
 
 }  // namespace
 
 void SetDataDirectory(const std::filesystem::path& directory) {
-  dataDirectory.Set(directory.string());
+  dataDirectory.Set(Utf8Text(directory));
 }
 
 std::filesystem::path DataDirectory() {
   const std::string text = dataDirectory.Get();
-  return text.empty() ? UserDataDirectory() : std::filesystem::path(text);
+  return text.empty() ? UserDataDirectory() : PathOf(text);
 }
 
 void SetAuthorityFile(const std::filesystem::path& file) {
-  authorityFile.Set(file.string());
+  authorityFile.Set(Utf8Text(file));
 }
 
 std::filesystem::path AuthorityFile() {
-  return authorityFile.Get();
+  return PathOf(authorityFile.Get());
 }
 
 void SetProxy(const std::string& url) {

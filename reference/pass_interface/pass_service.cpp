@@ -7,6 +7,7 @@
 
 #include "base/base_log_interface.h"
 #include "base/thread_id.h"
+#include "reference/common/path_text.h"
 #include "reference/common/settings.h"
 #include "reference/pass_interface/pass_result.h"
 #include "reference/pass_interface/request_session.h"
@@ -57,7 +58,7 @@ std::int32_t PassService::Initialise(const char* baseUrl, const char* credential
     return kBadBaseUrl;
   }
 
-  HttpSettings settings{httpValue1, httpValue2, reference::AuthorityFile().string(), reference::Proxy()};
+  HttpSettings settings{httpValue1, httpValue2, reference::Utf8Text(reference::AuthorityFile()), reference::Proxy()};
   Identity identity{credential1, credential2, credential3, version};
   std::shared_ptr<RequestSession> next =
       RequestSession::Start(std::move(*url), std::move(identity), std::move(settings), notic);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "reference/common/openssl_at_exit.h"
+#include "reference/common/path_text.h"
 #include "reference/common/settings.h"
 #include "reference/ws_interface/system_authorities.h"
 
@@ -24,11 +25,11 @@ namespace asio = boost::asio;
 void TrustAuthorityFile(asio::ssl::context& context, const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   const std::string pem((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-  if (!stream) throw std::runtime_error("the authority file " + file.string() + " cannot be read");
+  if (!stream) throw std::runtime_error("the authority file " + Utf8Text(file) + " cannot be read");
   boost::system::error_code error;
   context.add_certificate_authority(asio::buffer(pem), error);
   if (error) {
-    throw std::runtime_error("the authority file " + file.string() + " holds no PEM certificates: " + error.message());
+    throw std::runtime_error("the authority file " + Utf8Text(file) + " holds no PEM certificates: " + error.message());
   }
 }
 

@@ -12,6 +12,8 @@ namespace qv_connect {
 
 // False when the system refuses.
 bool SetEnvironment(const std::string& name, const std::string& value);
+// Empty when there is no such variable.
+std::string Environment(const char* name);
 
 bool InputIsTerminal();
 bool OutputIsTerminal();
@@ -20,7 +22,9 @@ bool ErrorOutputIsTerminal();
 // The width of the terminal on the output or the error output; 80 without one.
 std::size_t TerminalColumns();
 // NO_COLOR is how a user says that it is not.
-bool ColourIsWelcome();
+inline bool ColourIsWelcome() {
+  return Environment("NO_COLOR").empty();
+}
 // Whether what is printed may hold UTF-8.
 bool OutputTakesUtf8();
 

@@ -1,19 +1,15 @@
-#ifdef _WIN32
 // In this order: wincrypt.h needs windows.h, and OpenSSL's headers undo the macros of wincrypt.h.
 // clang-format off
 #include <windows.h>
 #include <wincrypt.h>
 // clang-format on
-#endif
-
-#include "reference/ws_interface/system_authorities.h"
 
 #include <openssl/err.h>
 #include <openssl/x509.h>
 
-namespace reference::ws {
+#include "reference/ws_interface/system_authorities.h"
 
-#ifdef _WIN32
+namespace reference::ws {
 
 // OpenSSL's own default paths name a folder of the machine that built it.
 bool TrustSystemAuthorities(SSL_CTX* context) {
@@ -32,13 +28,5 @@ bool TrustSystemAuthorities(SSL_CTX* context) {
   ERR_clear_error();
   return true;
 }
-
-#else
-
-bool TrustSystemAuthorities(SSL_CTX* context) {
-  return SSL_CTX_set_default_verify_paths(context) == 1;
-}
-
-#endif
 
 }  // namespace reference::ws
