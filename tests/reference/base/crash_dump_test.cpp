@@ -5,7 +5,12 @@
 
 #include "tests/reference/common/temporary_directory.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+
+// After windows.h, which it needs.
+#include <dbghelp.h>
+#else
 #include <sys/wait.h>
 #endif
 
@@ -15,7 +20,11 @@ struct Crash {
   const char* way;
   int signalNumber;
   const char* content;
+  unsigned long exceptionCode;
 };
+
+constexpr unsigned long kAccessViolation = 0xC0000005;
+constexpr unsigned long kFatalApplicationExit = 0x40000015;
 
 std::string Quoted(const std::string& text) {
   return '"' + text + '"';
@@ -32,11 +41,26 @@ void RunUntilItCrashes(const std::filesystem::path& directory, const Crash& cras
 #endif
 }
 
+void CheckDump(std::string dump, const Crash& crash) {
+#ifdef _WIN32
+  void* stream = nullptr;
+  ASSERT_NE(MiniDumpReadDumpStream(dump.data(), ExceptionStream, nullptr, &stream, nullptr), FALSE);
+  EXPECT_EQ(static_cast<MINIDUMP_EXCEPTION_STREAM*>(stream)->ExceptionRecord.ExceptionCode, crash.exceptionCode);
+#else
+  for (const char* content : {crash.content, "\nregisters", "\nmemory map\n", "[stack]", "\nbacktrace\n"}) {
+    EXPECT_NE(dump.find(content), std::string::npos) << content << " is missing in\n" << dump;
+  }
+  // The crashed function's own frame, so the backtrace went through the signal frame.
+  EXPECT_NE(dump.find("reference_base_crash_child", dump.find("\nbacktrace\n")), std::string::npos) << dump;
+#endif
+}
+
 TEST(CrashDumpTest, EveryCrashLeavesADumpAndItsPathAndThenTheDefaultActionRuns) {
-  for (const Crash& crash :
-       {Crash{"fault", SIGSEGV, "signal SIGSEGV"}, Crash{"thread", SIGSEGV, "fault address 0x"},
-        Crash{"abort", SIGABRT, "signal SIGABRT"}, Crash{"after a replacement", SIGSEGV, "signal SIGSEGV"},
-        Crash{"fault in the callback", SIGSEGV, "signal SIGSEGV"}}) {
+  for (const Crash& crash : {Crash{"fault", SIGSEGV, "signal SIGSEGV", kAccessViolation},
+                             Crash{"thread", SIGSEGV, "fault address 0x", kAccessViolation},
+                             Crash{"abort", SIGABRT, "signal SIGABRT", kFatalApplicationExit},
+                             Crash{"after a replacement", SIGSEGV, "signal SIGSEGV", kAccessViolation},
+                             Crash{"fault in the callback", SIGSEGV, "signal SIGSEGV", kAccessViolation}}) {
     SCOPED_TRACE(crash.way);
     const tests::TemporaryDirectory directory;
     RunUntilItCrashes(directory.path, crash);
@@ -45,16 +69,7 @@ TEST(CrashDumpTest, EveryCrashLeavesADumpAndItsPathAndThenTheDefaultActionRuns) 
     const std::filesystem::path dump = paths[0];
     EXPECT_EQ(dump.parent_path(), directory / "dumps");
     EXPECT_EQ(dump.extension(), ".dmp");
-    const std::string text = tests::ReadFile(dump);
-#ifdef _WIN32
-    EXPECT_EQ(text.substr(0, 4), "MDMP");
-#else
-    for (const char* content : {crash.content, "\nregisters", "\nmemory map\n", "[stack]", "\nbacktrace\n"}) {
-      EXPECT_NE(text.find(content), std::string::npos) << content << " is missing in\n" << text;
-    }
-    // The crashed function's own frame, so the backtrace went through the signal frame.
-    EXPECT_NE(text.find("reference_base_crash_child", text.find("\nbacktrace\n")), std::string::npos) << text;
-#endif
+    CheckDump(tests::ReadFile(dump), crash);
   }
 }
 

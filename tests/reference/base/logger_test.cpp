@@ -21,7 +21,7 @@ class LoggerTest : public testing::Test {
     logger.WriteLog(level, threadId, "%s", text.c_str());
   }
 
-  std::string Log(const std::string& file = "sdk.log") { return ReadFile(directory / file); }
+  std::string Log(const std::string& file = "sdk.log") { return ReadFile(directory / file, std::ios::in); }
 
   int FilesInDirectory() {
     const std::filesystem::directory_iterator files(directory.path);

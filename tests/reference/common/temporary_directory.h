@@ -30,8 +30,8 @@ class TemporaryDirectory {
   const std::filesystem::path path;
 };
 
-inline std::string ReadFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
+inline std::string ReadFile(const std::filesystem::path& file, std::ios::openmode mode = std::ios::binary) {
+  std::ifstream stream(file, mode);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
