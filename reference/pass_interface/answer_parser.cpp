@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "reference/common/utf8.h"
 #include "reference/pass_interface/pass_result.h"
 
 namespace pass_interface {
@@ -46,22 +47,23 @@ class ObjectReader {
     if (!object.isObject()) throw Malformed((this->path.empty() ? "the answer" : this->path) + ": must be an object");
   }
 
-  void Text(const char* key, Presence presence, std::string& field) const {
+  void Text(const char* key, Presence presence, std::string& field, std::size_t maximum = kMaximumTextBytes) const {
     const Json::Value* value = Find(key, presence);
     if (value == nullptr) return;
     if (!value->isString()) throw Malformed(PathOf(key) + ": must be a text");
     std::string text = value->asString();
-    if (text.size() > kMaximumTextBytes) {
+    if (text.size() > maximum) {
       throw Malformed(PathOf(key) + ": " + std::to_string(text.size()) + " bytes are more than " +
-                      std::to_string(kMaximumTextBytes));
+                      std::to_string(maximum));
     }
     if (text.find('\0') != std::string::npos) throw Malformed(PathOf(key) + ": must not hold a NUL character");
+    if (!reference::IsUtf8(text)) throw Malformed(PathOf(key) + ": must be UTF-8");
     field = std::move(text);
   }
 
   // A required text without which the answer is of no use.
-  void NonEmptyText(const char* key, std::string& field) const {
-    Text(key, kRequired, field);
+  void NonEmptyText(const char* key, std::string& field, std::size_t maximum = kMaximumTextBytes) const {
+    Text(key, kRequired, field, maximum);
     if (field.empty()) throw Malformed(PathOf(key) + ": must not be empty");
   }
 
@@ -157,7 +159,7 @@ SubStreamInfo ReadLine(const ObjectReader& object) {
 void Read(const ObjectReader& root, InstanceInfo& answer) {
   if (!ReadHeader(root, answer)) return;
   const ObjectReader data = root.Object("data");
-  data.NonEmptyText("sessionId", answer.sessionId);
+  data.NonEmptyText("sessionId", answer.sessionId, kMaximumSessionBytes);
   data.Text("instanceNo", kOptional, answer.instanceNo);
   data.Text("userId", kOptional, answer.userId);
   data.Text("appPackage", kOptional, answer.appPackage);
@@ -175,7 +177,7 @@ void Read(const ObjectReader& root, InstanceInfo& answer) {
 }
 
 void Read(const ObjectReader& root, RefreshSessionRsp& answer) {
-  if (ReadHeader(root, answer)) root.Object("data").NonEmptyText("sessionId", answer.sessionId);
+  if (ReadHeader(root, answer)) root.Object("data").NonEmptyText("sessionId", answer.sessionId, kMaximumSessionBytes);
 }
 
 // What is wrong with the text; nothing when it was read.

@@ -13,6 +13,8 @@
 
 namespace pass_interface {
 
+// What the signalling's records hold: a session that does not fit could never be used, only cached.
+constexpr std::size_t kMaximumSessionBytes = 255;
 constexpr std::size_t kMaximumLines = 64;
 constexpr std::size_t kMaximumStrategies = 256;
 

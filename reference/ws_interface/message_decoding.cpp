@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "reference/common/utf8.h"
 #include "reference/ws_interface/message_codec.h"
 
 namespace reference::ws {
@@ -80,6 +81,7 @@ std::string Text(const Json::Value& value, const std::string& name) {
   std::string text = value.asString();
   if (text.size() > kMaxTextSize) throw Fault(name + " has more than " + std::to_string(kMaxTextSize) + " bytes");
   if (text.find('\0') != std::string::npos) throw Fault(name + " holds U+0000");
+  if (!IsUtf8(text)) throw Fault(name + " is not UTF-8");
   return text;
 }
 

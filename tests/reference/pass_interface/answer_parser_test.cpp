@@ -93,6 +93,8 @@ TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatI
       {With(R"("s-1")", "null"), "data.sessionId: must be a text"},
       {With(R"("s-1")", R"("")"), "data.sessionId: must not be empty"},
       {With(R"("s-1")", R"("a\u0000b")"), "data.sessionId: must not hold a NUL character"},
+      {With(R"("s-1")", '"' + std::string(256, 's') + '"'), "data.sessionId: 256 bytes are more than 255"},
+      {With(R"("u-1")", "\"\xFF\""), "data.userId: must be UTF-8"},
       {With(R"("i-1")", '"' + std::string(4097, 'x') + '"'), "data.instanceNo: 4097 bytes are more than 4096"},
       {With("1790000000000", "-1"), "data.sessionSignExpireTime: -1 is not between 0 and 9223372036854775807"},
       {With(R"("sessionExpireTime")", R"("expire")"), "data.sessionExpireTime: is missing"},
@@ -118,22 +120,6 @@ TEST(AnswerParserTest, AMalformedAnswerIsRefusedAndTheMessageNamesTheKeyAndWhatI
     EXPECT_EQ(problem.find("s-1"), std::string::npos) << problem << "\nquotes the session";
     EXPECT_EQ(answer.code, -1) << row.problem;
     EXPECT_EQ(answer.sessionId, "") << row.problem;
-  }
-}
-
-TEST(AnswerParserTest, EveryTruncationIsRefusedAndNoFlippedBitGetsPastTheRanges) {
-  std::string problem;
-  for (std::size_t length = 0; length < kGranted.size(); ++length) {
-    InstanceInfo answer;
-    EXPECT_FALSE(ParsePhoneConnectAnswer(kGranted.substr(0, length), answer, problem)) << length;
-  }
-  for (std::size_t bit = 0; bit < kGranted.size() * 8; ++bit) {
-    std::string text = kGranted;
-    text[bit / 8] = static_cast<char>(text[bit / 8] ^ (1 << (bit % 8)));
-    InstanceInfo answer;
-    if (!ParsePhoneConnectAnswer(text, answer, problem) || answer.code != 0) continue;
-    EXPECT_FALSE(answer.sessionId.empty()) << bit;
-    EXPECT_TRUE(answer.endpoints.webSocketPort > 0 && answer.endpoints.webSocketPort <= 65535) << bit;
   }
 }
 

@@ -58,6 +58,7 @@ TEST(MessageCodec, AMalformedMessageIsRefusedByName) {
       {R"({"type":"error","code":4294967296})", "code is not in 0 to 4294967295"},
       {R"({"type":"error","code":1,"message":null})", "message is not a text"},
       {R"({"type":"error","code":1,"message":"a\u0000b"})", "message holds U+0000"},
+      {R"({"type":"error","code":1,"message":"\udc00"})", "message is not UTF-8"},
       {R"({"type":"authRsp","code":0,"formats":")" + longText + "\"}", "formats has more than 4096 bytes"},
       {R"({"type":"playRsp","values":{}})", "values is not an array"},
       {R"({"type":"playRsp","values":[0,0,0,0,0,0,0,0,0]})", "values has 9 elements, expected 10"},
