@@ -2,9 +2,9 @@
 // front end's notice interface before anything else, so that one which a release and a new Init overtake does not bring
 // the old connection's news to the new front end.
 #include <algorithm>
-#include <string_view>
 
 #include "control/data_control.h"
+#include "control/video_formats.h"
 #include "qv_data_interface/result_codes.h"
 #include "surface/log.h"
 #include "telemetry/clock.h"
@@ -18,19 +18,6 @@ enum ConnectStep : std::int32_t { kStepConnected = 0, kStepNameResolved = 5 };
 // The service's codes that are not simply passed on.
 constexpr std::uint32_t kCodeSessionExpired = 60103013;
 constexpr std::uint32_t kCodeOwnNotice = 60102029;
-
-std::vector<std::int32_t> ParseFormats(const char* formats) {
-  std::vector<std::int32_t> known;
-  std::string_view rest = formats != nullptr ? formats : "";
-  while (!rest.empty()) {
-    const std::size_t comma = rest.find(',');
-    const std::string_view piece = rest.substr(0, comma);
-    if (piece == "264") known.push_back(QV_VIDEO_FORMAT_H264);
-    if (piece == "265") known.push_back(QV_VIDEO_FORMAT_H265);
-    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
-  }
-  return known;
-}
 
 }  // namespace
 
