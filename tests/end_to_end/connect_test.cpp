@@ -1,6 +1,5 @@
 // The way of a connection to its first frame, from the service and from the cache, and what is left of it on disk.
 #include <map>
-#include <regex>
 
 #include "tests/end_to_end/end_to_end.h"
 
@@ -110,61 +109,6 @@ TEST_F(Connecting, TwoControllersLiveSideBySide) {
   EXPECT_TRUE(CloudHasConnections(1));
   EXPECT_EQ(first->SendInReq8("still here"), 0);
   EXPECT_TRUE(firstFrontEnd->notices.WaitFor("OnNotice8 still here"));
-}
-
-// Everything that a connection may go through, at the most talkative log level.
-TEST_F(Connecting, NoSecretReachesALogLineOrTheDataDirectory) {
-  credential1 = "marker-of-credential-1";
-  credential2 = "marker-of-credential-2";
-  credential3 = "marker-of-credential-3";
-  qv_cloud::Faults faults;
-  faults.errorCode = qv_cloud::kSessionExpired;
-  faults.errorAfterFrames = 3;
-  faults.dropAfterFrames = 6;
-  StartCloud(faults);
-  ASSERT_TRUE(ConnectToFirstFrame());
-  ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));
-  EXPECT_EQ(controller->SendInReq8("text"), 0);
-  EXPECT_EQ(controller->ChangeIsp(qv_cloud::kLineA), 0);
-  ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 3));
-  faults.dropAfterFrames = 0;
-  faults.refuseRefresh = 60301007;
-  cloud->SetFaults(faults);
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60301007"));
-  controller->ReleasePhoneConnect();
-  ASSERT_TRUE(ConnectToFirstFrame());
-  controller->ReleasePhoneConnect();
-  faults.refuseConnect = 60301005;
-  cloud->SetFaults(faults);
-  credential1 += "-other";
-  Connect();
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60301005"));
-  controller->ReleasePhoneConnect();
-
-  const auto secrets = [this] {
-    const std::regex secret("marker-of-credential|s-[0-9a-f]{32}");
-    std::map<std::string, std::ptrdiff_t> found;
-    const auto search = [&](const std::string& name, const std::string& text) {
-      const std::sregex_iterator begin(text.begin(), text.end(), secret);
-      if (const auto count = std::distance(begin, {}); count > 0) found[name] = count;
-    };
-    search("log", Log());
-    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-      search(entry.path().filename().string(), ReadFile(entry.path()));
-    }
-    return found;
-  };
-  EXPECT_TRUE(secrets().empty()) << testing::PrintToString(secrets());
-
-  // The phone's name is no secret and stands in many lines and rows: one that looks like a session id shows that a
-  // secret would have been found.
-  targetId = "s-0123456789abcdef0123456789abcdef";
-  cloud->SetFaults({});
-  ASSERT_TRUE(ConnectToFirstFrame());
-  controller->ReleasePhoneConnect();
-  const auto found = secrets();
-  EXPECT_GT(found.count("log"), 0U);
-  EXPECT_GT(found.count("collector.db") + found.count("collector.db-wal"), 0U);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
+#include "session/session_cipher.h"
 
 namespace end_to_end {
 namespace {
@@ -34,6 +35,26 @@ struct LogHome {
 
   const std::filesystem::path path;
 };
+
+constexpr char kSessionMarker[] = "marker/of+session-";
+
+// The keys as they are, and the constants that they are made from.
+Texts Keys() {
+  std::vector<unsigned char> key, iv;
+  qv_data_interface::PrepareCacheKeyMaterial(key, iv);
+  Texts keys;
+  for (const auto& bytes : {key, iv}) {
+    keys.emplace_back(bytes.begin(), bytes.end());
+    std::string& material = keys.emplace_back(keys.back());
+    for (std::size_t i = 0; i < material.size(); ++i) material[i] = static_cast<char>(bytes[i] ^ (i % 2 ? 0xA5 : 0x5A));
+  }
+  return keys;
+}
+
+Texts And(Texts list, const Texts& more) {
+  list.insert(list.end(), more.begin(), more.end());
+  return list;
+}
 
 std::filesystem::path LogFile() {
   return LogDirectory() / "QV_DATA.log";
@@ -65,6 +86,7 @@ void EndToEnd::SetUpTestSuite() {
 
 EndToEnd::EndToEnd()
     : directory(NewDirectory()),
+      search(And(Keys(), {credential1, credential2, credential3, kSessionMarker})),
       controller(qv_data_interface::IQVDataInterface::Create()),
       logBegin(std::filesystem::file_size(LogFile())) {
   reference::SetDataDirectory(directory);
@@ -77,12 +99,14 @@ EndToEnd::~EndToEnd() {
   // directory, nor run while the process ends.
   EXPECT_TRUE(reference::WaitForServiceThreads(kPatience)) << "a service's thread does not end after its release";
   cloud.reset();
+  EXPECT_EQ(And(search.InFiles(directory), search.InFiles(LogDirectory())), Texts{}) << "a secret has leaked";
   if (HasFailure()) std::cout << "The log of this test:\n" << Log();
   std::error_code ignored;
   std::filesystem::remove_all(directory, ignored);
 }
 
 void EndToEnd::StartCloud(qv_cloud::CloudOptions options) {
+  options.sessionPrefix = kSessionMarker;
   options.onEvent = [this](const std::string& line) { cloudEvents.Add(line); };
   cloud.emplace(std::move(options));
   reference::SetAuthorityFile(cloud->AuthorityFile());

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "qv_data_interface/qv_data_interface.h"
+#include "tests/end_to_end/secret_search.h"
 #include "tools/qv_cloud/cloud.h"
 
 namespace end_to_end {
@@ -104,7 +105,10 @@ class EndToEnd : public testing::Test {
   Texts Sql(const char* file, const std::string& statement) const;
 
   std::filesystem::path directory;
-  std::string credential1 = "user", credential2 = "device", credential3 = "token", targetId = "phone-1";
+  // The credentials, and what the cloud's sessions begin with, are found wherever they do not belong.
+  std::string credential1 = "marker/of+credential-1", credential2 = "marker/of+credential-2",
+              credential3 = "marker/of+credential-3", targetId = "phone-1";
+  const SecretSearch search;
   qv_data_interface::QvVideoParam video;
   qv_data_interface::QvDataSystemParam system;
   static constexpr std::int32_t kReconnectNumber = 7;

@@ -60,6 +60,7 @@ struct CloudOptions {
   std::filesystem::path authorityFile;  // where the authority's PEM goes; empty: a new temporary directory
   ServedCertificate certificate = ServedCertificate::valid;
   std::chrono::milliseconds sessionValidity = std::chrono::hours(1);
+  std::string sessionPrefix = "s-";    // what the id of each session begins with
   std::chrono::milliseconds delay{0};  // added to each HTTP answer and each message to the client, without reordering
   std::size_t framePayload = 1024;     // bytes, at most kMaxFramePayload
   Faults faults;

@@ -12,10 +12,10 @@ constexpr std::size_t kPruneFrom = 1000;
 // How long an expired session can still be refreshed.
 constexpr auto kRefreshable = std::chrono::minutes(10);
 
-std::optional<std::string> NewId() {
+std::optional<std::string> NewId(const std::string& prefix) {
   std::array<unsigned char, 16> random{};
   if (RAND_bytes(random.data(), static_cast<int>(random.size())) != 1) return std::nullopt;
-  std::string id = "s-";
+  std::string id = prefix;
   for (const unsigned char byte : random) {
     id += "0123456789abcdef"[byte >> 4];
     id += "0123456789abcdef"[byte & 15];
@@ -37,7 +37,7 @@ Time Now() {
 std::optional<Sessions::Granted> Sessions::Grant(Time now) {
   Prune(now);
   if (sessions.size() >= kMaxSessions) return std::nullopt;
-  const std::optional<std::string> id = NewId();
+  const std::optional<std::string> id = NewId(prefix);
   if (!id) return std::nullopt;
   const Time expires = now + validity;
   sessions[*id] = Session{expires};

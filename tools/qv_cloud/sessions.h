@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace qv_cloud {
 
@@ -18,7 +19,8 @@ Time Now();
 
 class Sessions {
  public:
-  explicit Sessions(std::chrono::milliseconds validity) : validity(validity) {}
+  // prefix: what each id begins with.
+  Sessions(std::chrono::milliseconds validity, std::string prefix) : validity(validity), prefix(std::move(prefix)) {}
 
   struct Granted {
     std::string id;
@@ -41,6 +43,7 @@ class Sessions {
   void Prune(Time now);
 
   const std::chrono::milliseconds validity;
+  const std::string prefix;
   std::unordered_map<std::string, Session> sessions;
 };
 

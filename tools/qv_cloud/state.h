@@ -66,7 +66,10 @@ struct Line {
 
 struct State {
   explicit State(const CloudOptions& options)
-      : options(options), switches(options.faults), observation(options.onEvent), sessions(options.sessionValidity) {}
+      : options(options),
+        switches(options.faults),
+        observation(options.onEvent),
+        sessions(options.sessionValidity, options.sessionPrefix) {}
 
   const CloudOptions options;
   Switches switches;
