@@ -50,7 +50,8 @@ bool WriteDump(const DumpTarget& target, EXCEPTION_POINTERS* exception) {
   MINIDUMP_EXCEPTION_INFORMATION information{};
   information.ThreadId = ::GetCurrentThreadId();
   information.ExceptionPointers = exception;
-  const BOOL written = ::MiniDumpWriteDump(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpNormal,
+  // Of the stacks only what a backtrace needs: they may hold credentials and sessions.
+  const BOOL written = ::MiniDumpWriteDump(::GetCurrentProcess(), ::GetCurrentProcessId(), file, MiniDumpFilterMemory,
                                            &information, nullptr, nullptr);
   ::CloseHandle(file);
   return written != FALSE && ::WideCharToMultiByte(CP_UTF8, 0, dumpPath, -1, dumpPathUtf8,
