@@ -1,10 +1,17 @@
-# Compares the exported names of LIBRARY with the kept list EXPECTED.
-execute_process(COMMAND "${NM}" --dynamic --defined-only --demangle --format=posix "${LIBRARY}"
-  OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+# Compares the exported names of LIBRARY with the kept list EXPECTED. READER is nm or, for Windows, objdump.
+if(READER MATCHES objdump)
+  execute_process(COMMAND "${READER}" -p "${LIBRARY}" COMMAND "${FILTER}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE ".*Name Pointer\\] Table[^\n]*\n" "" output "${output}")
+  string(REGEX REPLACE "\n\n.*" "" output "${output}")
+else()
+  execute_process(COMMAND "${READER}" --dynamic --defined-only --demangle --format=posix "${LIBRARY}"
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+endif()
 string(REGEX MATCHALL "[^\n]+" lines "${output}")
 foreach(line ${lines})
-  # name, kind, address, size; a demangled name may hold blanks.
-  string(REGEX REPLACE " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$" "" name "${line}")
+  # objdump: [number] in front. nm: kind, address and size behind. A demangled name may hold blanks.
+  string(REGEX REPLACE "^[ \t]*\\[ *[0-9]+\\] +(\\+base\\[ *[0-9]+\\] +[0-9a-f]+ +)?" "" name "${line}")
+  string(REGEX REPLACE " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$" "" name "${name}")
   list(APPEND actual "${name}")
 endforeach()
 list(REMOVE_DUPLICATES actual)
