@@ -33,12 +33,21 @@ class Recorder {
       ++counts[call];
       const auto found = std::find_if(actions.begin(), actions.end(),
                                       [&call](const auto& entry) { return call.rfind(entry.first, 0) == 0; });
-      if (found == actions.end()) return;
-      action = std::move(found->second);
-      actions.erase(found);
+      if (found != actions.end()) {
+        action = std::move(found->second);
+        actions.erase(found);
+      }
     }
-    action();
+    if (action) action();
+    Visit(call.c_str());
   }
+  // A call that is left out of the list, since it changes nothing.
+  void Visit(const char* call) {
+    if (onEachCall != nullptr) (*onEachCall)(call);
+  }
+  // Called with each call of the calling thread, recorded or not, with nothing locked; null for none.
+  using OnEachCall = std::function<void(const char* call)>;
+  static void Watch(const OnEachCall* watcher) { onEachCall = watcher; }
   // The calls since the last Take.
   std::vector<std::string> Take() {
     const std::lock_guard lock(mutex);
@@ -67,6 +76,8 @@ class Recorder {
   }
 
  private:
+  inline static thread_local const OnEachCall* onEachCall = nullptr;
+
   std::atomic<bool> muted = false;
   std::mutex mutex;
   std::vector<std::string> calls;

@@ -63,9 +63,11 @@ struct FakeLog final : base::IBaseLogInterface {
 struct FakeCollector final : collect_interface::ICollectInterface {
   void SetCollectSdkType(Text sdkType) override { Record("collect.SetCollectSdkType", sdkType); }
   int DeleteInstanceInfo(int rowId) override {
+    {
+      const Lock lock(StateMutex());
+      State().liveRows.erase(rowId);
+    }
     Record("collect.DeleteInstanceInfo", rowId);
-    const Lock lock(StateMutex());
-    State().liveRows.erase(rowId);
     return State().deleteResult;
   }
   int InsertInstanceInfo(int* rowId, Text targetId, Text sessionId, int defaultMode, Text channel) override {
@@ -89,6 +91,11 @@ struct FakeCollector final : collect_interface::ICollectInterface {
   }
 };
 
+void NoteStop() {
+  const Lock lock(StateMutex());
+  ++State().stopped;
+}
+
 struct FakePass final : pass_interface::IPassInterface {
   I32 Initialise(Text baseUrl, Text credential1, Text credential2, Text credential3, Text version,
                  std::shared_ptr<IPassInterfaceNotic> notic, void* reserved, U32 httpValue1, U32 httpValue2,
@@ -101,7 +108,10 @@ struct FakePass final : pass_interface::IPassInterface {
            reserved ? "reserved" : "null", httpValue1, httpValue2, enabled);
     return State().passInitialiseResult;
   }
-  void Stop() override { Record("pass.Stop"); }
+  void Stop() override {
+    NoteStop();
+    Record("pass.Stop");
+  }
   RESERVED(3)
   I32 RequestPhoneConnect(Text targetId, Text text1, Text text2, void* reserved) override {
     Record("pass.RequestPhoneConnect", targetId, text1, text2, reserved ? "reserved" : "null");
@@ -119,8 +129,8 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
   I32 SaveSessionCache(Text cacheKey, Text cipherText, std::int64_t expiry) override {
     Record("db.SaveSessionCache", expiry);
     const Lock lock(StateMutex());
-    State().sessionCache[cacheKey] = SessionRow{cipherText, expiry};
-    return 0;
+    if (State().saveResult == 0) State().sessionCache[cacheKey] = SessionRow{cipherText, expiry};
+    return State().saveResult;
   }
   I32 LoadSessionCache(Text cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
     Record("db.LoadSessionCache");
@@ -205,7 +215,10 @@ struct FakeManager final : IWSManagerInterface {
     Record("wsManager.DestroyWS", index);
   }
   RESERVED(4)
-  void Stop() override { Record("wsManager.Stop"); }
+  void Stop() override {
+    NoteStop();
+    Record("wsManager.Stop");
+  }
 };
 
 // Lives for ever, since the library calls out before main and after it.
@@ -213,6 +226,15 @@ template <class Fake>
 std::shared_ptr<Fake> TheOne() {
   static auto* const one = new std::shared_ptr<Fake>(std::make_shared<Fake>());
   return *one;
+}
+
+template <class Fake>
+std::shared_ptr<Fake> Make(bool isMissing) {
+  if (isMissing) return nullptr;
+  auto made = std::make_shared<Fake>();
+  const Lock lock(StateMutex());
+  State().made.push_back(made);
+  return made;
 }
 
 }  // namespace
@@ -245,6 +267,7 @@ pass_interface::MessageCollectStatusData StatusOf(const pass_interface::MessageC
 }  // namespace fakes
 
 std::shared_ptr<base::IBaseLogInterface> base::IBaseLogInterface::GetLogInstance() {
+  fakes::Recorder::Get().Visit("log.GetLogInstance");
   return fakes::TheOne<fakes::FakeLog>();
 }
 
@@ -261,6 +284,7 @@ void base::IMiniJump::GenerateMiniDump(const char* dumpDirectory, std::function<
 
 std::shared_ptr<collect_interface::ICollectInterface> collect_interface::ICollectInterface::GetCollectInstance(
     bool flag) {
+  fakes::Recorder::Get().Visit("collect.GetCollectInstance");
   if (flag) fakes::Record("collect.GetCollectInstance(true)");
   return fakes::State().collectorMissing ? nullptr : fakes::TheOne<fakes::FakeCollector>();
 }
@@ -271,7 +295,7 @@ void collect_interface::ICollectInterface::CoreHappen(const char* text) {
 
 std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::Create() {
   fakes::Record("pass.Create");
-  return std::make_shared<fakes::FakePass>();
+  return fakes::Make<fakes::FakePass>(fakes::State().passMissing);
 }
 
 // No cipher, but it goes back and forth and notices a changed byte.
@@ -294,19 +318,22 @@ int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int l
 }
 
 std::string pass_interface::IEncryption::Base64Encode(const char* bytes, int length, bool flag) {
+  fakes::Recorder::Get().Visit("cipher.Base64Encode");
   return (flag ? "flag set:" : "base64:") + std::string(bytes, bytes + length);
 }
 
 std::string pass_interface::IEncryption::Base64Decode(const char* text, int length, bool flag) {
+  fakes::Recorder::Get().Visit("cipher.Base64Decode");
   const std::string whole(text, text + length);
   return whole.rfind("base64:", 0) == 0 && !flag ? whole.substr(7) : "";
 }
 
 std::shared_ptr<database_interface::IDatabaseInterface> database_interface::IDatabaseInterface::GetDbInstance() {
-  return fakes::TheOne<fakes::FakeDatabase>();
+  fakes::Recorder::Get().Visit("db.GetDbInstance");
+  return fakes::State().databaseMissing ? nullptr : fakes::TheOne<fakes::FakeDatabase>();
 }
 
 std::shared_ptr<ws_interface::IWSManagerInterface> ws_interface::IWSManagerInterface::Create() {
   fakes::Record("wsManager.Create");
-  return std::make_shared<fakes::FakeManager>();
+  return fakes::Make<fakes::FakeManager>(fakes::State().wsManagerMissing);
 }

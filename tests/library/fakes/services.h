@@ -52,16 +52,23 @@ struct Services {
   std::int32_t wsInitialiseResult = 0;
   std::int32_t requestResult = 0;
   std::int32_t commandResult = 0;
+  bool passMissing = false;
+  bool wsManagerMissing = false;
   bool createWsFails = false;
   bool collectorMissing = false;
   int insertResult = 0;
   int updateResult = 0;
   int deleteResult = 0;
   bool encryptFails = false;
+  bool databaseMissing = false;
+  int saveResult = 0;
 
   // What they were given.
   std::weak_ptr<pass_interface::IPassInterfaceNotic> passSink;
   std::vector<CreatedConnection> connections;
+  // HTTP services and WebSocket managers.
+  std::vector<std::weak_ptr<void>> made;
+  std::size_t stopped = 0;
   std::set<int> liveRows;
   int nextRow = 7;
   std::vector<std::shared_ptr<pass_interface::MessageCollect>> messages;

@@ -24,9 +24,12 @@ class Event {
     isSet = true;
     changed.notify_all();
   }
-  void Wait(const std::string& what) {
+  bool IsSetWithin(std::chrono::milliseconds time) {
     std::unique_lock lock(mutex);
-    if (changed.wait_for(lock, std::chrono::seconds(20), [this] { return isSet; })) return;
+    return changed.wait_for(lock, time, [this] { return isSet; });
+  }
+  void Wait(const std::string& what) {
+    if (IsSetWithin(std::chrono::seconds(20))) return;
     std::cerr << "waited in vain for " << what << std::endl;
     std::abort();
   }
@@ -60,21 +63,23 @@ class Pause {
 // Runs work on a thread of its own; Finish waits for its end.
 class Worker {
  public:
-  explicit Worker(std::function<void()> work)
-      : thread([this, work = std::move(work)] {
+  explicit Worker(std::function<void()> work, std::string name = "a thread")
+      : name(std::move(name)), thread([this, work = std::move(work)] {
           work();
           done.Set();
         }) {}
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
   ~Worker() { Finish(); }
+  bool EndsWithin(std::chrono::milliseconds time) { return done.IsSetWithin(time); }
   void Finish() {
     if (!thread.joinable()) return;
-    done.Wait("the end of a thread");
+    done.Wait("the end of " + name);
     thread.join();
   }
 
  private:
+  const std::string name;
   Event done;
   std::thread thread;
 };

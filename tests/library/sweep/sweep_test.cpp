@@ -1,0 +1,243 @@
+// Every interleaving at every call-out. The library starts no thread and waits only on its own locks, so each call that
+// it makes into a service or into the front end is a point where something else may come in between. Each story is
+// stopped inside its 1st, 2nd, 3rd... call-out; there each intruder runs to its end, or until it waits for the story;
+// then the story goes on, and what must always hold is checked.
+//
+// To run one schedule alone, name it in the environment: QV_SCHEDULE="release/3/beside/ChangeIsp". "release"
+// and "release/3/beside" select more.
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+
+#include "tests/library/fakes/threads.h"
+#include "tests/library/sweep/story.h"
+
+namespace sweep {
+namespace {
+
+using fakes::Recorder;
+using fakes::Worker;
+using testing::Contains;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+// Beside: on a thread of its own. Inside: on the story's thread, as a service or a front end that calls back.
+enum class Mode { kBeside, kInside };
+
+// How long an intruder that may have to wait for the story is given to show that it does not.
+constexpr std::chrono::milliseconds kProbe{20};
+
+struct Schedule {
+  const Story& story;
+  int callOut;
+  Mode mode;
+  const Intruder& intruder;
+
+  std::string Name() const {
+    return std::string(story.name) + "/" + std::to_string(callOut) + (mode == Mode::kBeside ? "/beside/" : "/inside/") +
+           std::string(intruder.name);
+  }
+  // A change of the line waits for the one before it; nothing else waits for anything.
+  bool MayWait() const {
+    return mode == Mode::kBeside && story.name.starts_with("line switch") && intruder.name == "ChangeIsp";
+  }
+};
+
+struct Outcome {
+  // The call at which the story was stopped.
+  std::string where;
+  bool hasWaited = false;
+  bool hasThrown = false;
+  std::int32_t story = kSaysNothing;
+  std::int32_t intruder = kSaysNothing;
+};
+
+bool IsSelected(const std::string& name) {
+  const char* const wanted = std::getenv("QV_SCHEDULE");
+  return wanted == nullptr || (name + "/").starts_with(std::string(wanted) + "/");
+}
+
+struct Sweep : LibraryTest {
+  Outcome Run(const Schedule& schedule) {
+    Outcome outcome;
+    std::optional<Worker> intruder;
+    const auto intrude = [&] {
+      try {
+        outcome.intruder = schedule.intruder.run(*this);
+      } catch (const ServiceFailure&) {
+        throw;
+      } catch (const std::exception& error) {
+        ADD_FAILURE() << "the intruder throws: " << error.what();
+      }
+    };
+    int count = 0;
+    const Recorder::OnEachCall stopAtCallOut = [&](const char* call) {
+      if (++count != schedule.callOut) return;
+      outcome.where = call;
+      Recorder::Watch(nullptr);
+      if (schedule.mode == Mode::kInside) return intrude();
+      intruder.emplace(intrude, schedule.Name());
+      if (schedule.MayWait()) {
+        outcome.hasWaited = !intruder->EndsWithin(kProbe);
+      } else {
+        intruder->Finish();
+      }
+    };
+    Worker(
+        [&] {
+          Recorder::Watch(&stopAtCallOut);
+          try {
+            outcome.story = schedule.story.run(*this);
+          } catch (const ServiceFailure&) {
+            outcome.hasThrown = true;
+          } catch (const std::exception& error) {
+            ADD_FAILURE() << "the story throws: " << error.what();
+          }
+          Recorder::Watch(nullptr);
+        },
+        schedule.Name())
+        .Finish();
+    if (intruder) intruder->Finish();
+    return outcome;
+  }
+
+  void ExpectResults(const Schedule& schedule, const Outcome& outcome) {
+    EXPECT_FALSE(outcome.where.empty()) << "the story has fewer call-outs than it had";
+    if (schedule.intruder.name == Failure().name) {
+      EXPECT_EQ(outcome.hasThrown, schedule.story.name != "destruction") << "it reaches who called";
+      return;
+    }
+    const bool isOvertaken = schedule.story.isOvertaken && schedule.intruder.releases;
+    if (schedule.intruder.name == "second connect") {
+      const bool connects = schedule.story.name.starts_with("connect with");
+      EXPECT_EQ((outcome.intruder == 0) + (connects && outcome.story == 0), connects) << "one of two proceeds";
+    } else {
+      EXPECT_EQ(outcome.story, isOvertaken ? -1 : schedule.story.resultAlone);
+    }
+    if (schedule.intruder.name == "ChangeIsp" && outcome.intruder != -1) {
+      EXPECT_EQ(outcome.intruder, 0);
+      EXPECT_EQ(LastConnection().url, "wss://10.2.0.1:82");
+    }
+    if (schedule.story.name == "line switch" && schedule.intruder.name == "ChangeIsp") {
+      EXPECT_EQ(outcome.hasWaited, schedule.mode == Mode::kBeside) << "changes of the line exclude each other";
+      EXPECT_EQ(outcome.intruder, schedule.mode == Mode::kBeside ? 0 : -1);
+    }
+    if (schedule.story.name == "release") {
+      EXPECT_TRUE(outcome.intruder == -1 || outcome.intruder == kSaysNothing) << "a release refuses from its start";
+    }
+    if (schedule.story.name != "line switch that fails") {
+      EXPECT_THAT(Take(), Not(Contains(StartsWith("notice.OnStatus(60701001")))) << "no failure of the front end's own";
+    }
+  }
+
+  static void ExpectNothingHeld() {
+    EXPECT_EQ(Services().LiveConnections(), 0);
+    EXPECT_THAT(Services().liveRows, IsEmpty());
+    EXPECT_EQ(Services().stopped, Services().made.size());
+    for (const auto& connection : Services().connections) EXPECT_TRUE(connection.object.expired());
+    for (const auto& service : Services().made) EXPECT_TRUE(service.expired());
+  }
+
+  void ExpectInvariants(const Schedule& schedule, const Outcome& outcome) {
+    Services().createWsFails = false;
+    // A row stays where the collector itself is out of reach.
+    if (schedule.intruder.name == Failure().name && outcome.where == "collect.GetCollectInstance") {
+      Services().liveRows.clear();
+    }
+    EXPECT_LE(Services().LiveConnections(), 1);
+    EXPECT_LE(Services().liveRows.size(), 1U);
+    for (const auto& connection : Services().connections) EXPECT_LE(connection.timesDestroyed, 1);
+    const std::string_view story = schedule.story.name;
+    const std::string_view intruder = schedule.intruder.name;
+    const bool isReleased = story == "release" || story == "destruction" || intruder == "last pointer dropped" ||
+                            (intruder == "release" && story != "init");
+    if (isReleased) {
+      ExpectNothingHeld();
+      EXPECT_EQ(frontEnd.use_count(), 1);
+    } else if (!outcome.hasThrown && Services().LiveConnections() == 1) {
+      EXPECT_TRUE(CommandsAreOpen());
+    }
+    if (intruder == "reconnect" && outcome.intruder == 0) {
+      EXPECT_EQ(Services().LiveConnections(), 1) << "what was overtaken does not disturb what came after it";
+      EXPECT_EQ(Services().liveRows.size(), 1U);
+    }
+    if (story == "init" && outcome.hasThrown) {
+      EXPECT_EQ(Init(), 0) << "what a failed Init made serves the next";
+    }
+    ExpectSilenceAfterRelease();
+    ExpectThatItConnectsAgain();
+  }
+
+  void ExpectSilenceAfterRelease() {
+    if (!controller) return;
+    controller->ReleasePhoneConnect();
+    ExpectNothingHeld();
+    EXPECT_EQ(frontEnd.use_count(), 1);
+    Take();
+    NotifyLate(*this);
+    for (const std::string& call : Take()) EXPECT_FALSE(call.starts_with("notice.") || call.starts_with("ws")) << call;
+    ExpectNothingHeld();
+  }
+
+  void ExpectThatItConnectsAgain() {
+    if (!controller) NewController();
+    Services().sessionCache.clear();
+    const std::size_t before = Services().connections.size();
+    EXPECT_EQ(Init(), 0);
+    EXPECT_EQ(controller->GetPhoneConnect(), 0);
+    Grant();
+    EXPECT_EQ(Services().connections.size(), before + 1);
+    EXPECT_EQ(Services().LiveConnections(), 1);
+    EXPECT_EQ(Services().liveRows.size(), 1U);
+    EXPECT_TRUE(CommandsAreOpen());
+    controller->ReleasePhoneConnect();
+    ExpectNothingHeld();
+  }
+
+  void RunAtEachCallOut(const Story& story, Mode mode, const std::vector<Intruder>& intruders) {
+    const int callOuts = CountCallOuts(story);
+    EXPECT_GE(callOuts, story.leastCallOuts) << story.name;
+    for (int callOut = 1; callOut <= callOuts; ++callOut) {
+      for (const Intruder& intruder : intruders) {
+        const Schedule schedule{story, callOut, mode, intruder};
+        if (!IsSelected(schedule.Name())) continue;
+        StartOver();
+        story.prepare(*this);
+        const Outcome outcome = Run(schedule);
+        ++schedules;
+        SCOPED_TRACE("in " + outcome.where + "; to run it alone: QV_SCHEDULE=\"" + schedule.Name() + "\"");
+        ExpectResults(schedule, outcome);
+        ExpectInvariants(schedule, outcome);
+      }
+    }
+  }
+
+  int CountCallOuts(const Story& story) {
+    int count = 0;
+    const Recorder::OnEachCall add = [&count](const char*) { ++count; };
+    StartOver();
+    story.prepare(*this);
+    Recorder::Watch(&add);
+    story.run(*this);
+    Recorder::Watch(nullptr);
+    return count;
+  }
+
+  int schedules = 0;
+};
+
+TEST_F(Sweep, EveryIntruderAtEveryCallOutLeavesWhatMustAlwaysHold) {
+  for (const Story& story : Stories()) {
+    RunAtEachCallOut(story, Mode::kBeside, Intruders());
+    RunAtEachCallOut(story, Mode::kInside, Intruders());
+    RunAtEachCallOut(story, Mode::kInside, {Failure()});
+    if (HasFailure()) break;
+  }
+  EXPECT_GE(schedules, std::getenv("QV_SCHEDULE") == nullptr ? 3000 : 1) << "there are not as many as there should be";
+  std::cout << schedules << " schedules" << std::endl;
+  RecordProperty("schedules", schedules);
+}
+
+}  // namespace
+}  // namespace sweep
