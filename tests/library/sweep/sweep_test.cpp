@@ -5,6 +5,7 @@
 //
 // To run one schedule alone, name it in the environment: QV_SCHEDULE="release/3/beside/ChangeIsp". "release"
 // and "release/3/beside" select more.
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -17,6 +18,7 @@ namespace {
 
 using fakes::Recorder;
 using fakes::Worker;
+using library_test::Calls;
 using testing::Contains;
 using testing::IsEmpty;
 using testing::Not;
@@ -38,9 +40,10 @@ struct Schedule {
     return std::string(story.name) + "/" + std::to_string(callOut) + (mode == Mode::kBeside ? "/beside/" : "/inside/") +
            std::string(intruder.name);
   }
-  // A change of the line waits for the one before it; nothing else waits for anything.
-  bool MayWait() const {
-    return mode == Mode::kBeside && story.name.starts_with("line switch") && intruder.name == "ChangeIsp";
+  // A change of the line waits for the one before it, though not for its notice; nothing else waits for anything.
+  bool MayWaitFor(std::string_view call) const {
+    return mode == Mode::kBeside && !call.starts_with("notice.") && story.name.starts_with("line switch") &&
+           intruder.name == "ChangeIsp";
   }
 };
 
@@ -78,7 +81,7 @@ struct Sweep : LibraryTest {
       Recorder::Watch(nullptr);
       if (schedule.mode == Mode::kInside) return intrude();
       intruder.emplace(intrude, schedule.Name());
-      if (schedule.MayWait()) {
+      if (schedule.MayWaitFor(call)) {
         outcome.hasWaited = !intruder->EndsWithin(kProbe);
       } else {
         intruder->Finish();
@@ -126,8 +129,13 @@ struct Sweep : LibraryTest {
     if (schedule.story.name == "release") {
       EXPECT_TRUE(outcome.intruder == -1 || outcome.intruder == kSaysNothing) << "a release refuses from its start";
     }
+    Calls calls = Take();
     if (schedule.story.name != "line switch that fails") {
-      EXPECT_THAT(Take(), Not(Contains(StartsWith("notice.OnStatus(60701001")))) << "no failure of the front end's own";
+      EXPECT_THAT(calls, Not(Contains(StartsWith("notice.OnStatus(60701001")))) << "no failure of the front end's own";
+    }
+    if (schedule.intruder.name == "release") {
+      calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "pass.Stop()"));
+      EXPECT_THAT(calls, Not(Contains(StartsWith("notice.OnIspList")))) << "the lines of a phone that was let go";
     }
   }
 
@@ -157,6 +165,7 @@ struct Sweep : LibraryTest {
       EXPECT_EQ(frontEnd.use_count(), 1);
     } else if (!outcome.hasThrown && Services().LiveConnections() == 1) {
       EXPECT_TRUE(CommandsAreOpen());
+      EXPECT_EQ(controller->ChangeIsp(2), 0);
     }
     if (intruder == "reconnect" && outcome.intruder == 0) {
       EXPECT_EQ(Services().LiveConnections(), 1) << "what was overtaken does not disturb what came after it";
@@ -164,6 +173,9 @@ struct Sweep : LibraryTest {
     }
     if (story == "init" && outcome.hasThrown) {
       EXPECT_EQ(Init(), 0) << "what a failed Init made serves the next";
+    }
+    if (story.starts_with("connect with") && outcome.hasThrown) {
+      EXPECT_EQ(controller->GetPhoneConnect(), 0) << "a failed connect may be tried again";
     }
     ExpectSilenceAfterRelease();
     ExpectThatItConnectsAgain();
