@@ -92,15 +92,19 @@ std::int32_t CQVDataControl::InitServices(const QvDataSystemParam* callersParam)
   if (!passInterface.Copy()) passInterface.Replace(pass_interface::IPassInterface::Create());
   if (!wsManager.Copy()) wsManager.Replace(ws_interface::IWSManagerInterface::Create());
 
+  const auto service = passInterface.Copy();
+  const auto manager = wsManager.Copy();
+  if (!service || !manager) return -1;
+
   const auto stored = systemParam.Copy();
-  const std::int32_t result = passInterface.Copy()->Initialise(
+  const std::int32_t result = service->Initialise(
       baseUrl.Copy().c_str(), credential1.Copy().c_str(), credential2.Copy().c_str(), credential3.Copy().c_str(),
       kVersion, shared_from_this(), nullptr, stored->httpValue1, stored->httpValue2, true);
   if (result != 0) return result;
 
   // The caller's own record decides here; without one, the stored default.
   const std::uint32_t wsManagerValue = callersParam != nullptr ? callersParam->wsManagerValue : stored->wsManagerValue;
-  return wsManager.Copy()->Initialise(kWsManagerNumber, wsManagerValue);
+  return manager->Initialise(kWsManagerNumber, wsManagerValue);
 }
 
 std::int32_t CQVDataControl::ValidateAndStoreParams(const char* baseUrl, const char* credential1,

@@ -68,7 +68,7 @@ bool CQVDataControl::LoadCachedInfo(InstanceInfo& info) {
   if (key.empty()) return false;
   std::string cipherText;
   const auto database = database_interface::IDatabaseInterface::GetDbInstance();
-  if (database->LoadSessionCache(key.c_str(), NowMs() + kCacheMarginMs, cipherText) < 1) return false;
+  if (!database || database->LoadSessionCache(key.c_str(), NowMs() + kCacheMarginMs, cipherText) < 1) return false;
   const std::string json = DecryptSessionText(cipherText.data(), static_cast<std::int32_t>(cipherText.size()));
   return ParseInstanceInfo(json.c_str(), info) == 0;
 }

@@ -95,8 +95,8 @@ void CQVDataControl::SaveToCache(const std::string& key, const InstanceInfo& inf
   InstanceInfoToJson(info, json);
   const std::string cipherText = EncryptSessionText(json.data(), static_cast<std::int32_t>(json.size()));
   if (cipherText.empty()) return;
-  database_interface::IDatabaseInterface::GetDbInstance()->SaveSessionCache(key.c_str(), cipherText.c_str(),
-                                                                            info.sessionSignExpireTime);
+  const auto database = database_interface::IDatabaseInterface::GetDbInstance();
+  if (database) database->SaveSessionCache(key.c_str(), cipherText.c_str(), info.sessionSignExpireTime);
 }
 
 }  // namespace qv_data_interface
