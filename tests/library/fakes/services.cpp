@@ -136,6 +136,7 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
     Record("db.LoadSessionCache");
     const Lock lock(StateMutex());
     State().minimumExpiry = minimumExpiry;
+    if (State().loadFailure != 0) return State().loadFailure;
     const auto row = State().sessionCache.find(cacheKey);
     if (row == State().sessionCache.end() || row->second.expiry <= minimumExpiry) return 0;
     cipherText = row->second.cipherText;
@@ -229,8 +230,8 @@ std::shared_ptr<Fake> TheOne() {
 }
 
 template <class Fake>
-std::shared_ptr<Fake> Make(bool isMissing) {
-  if (isMissing) return nullptr;
+std::shared_ptr<Fake> Make(int isMissing) {
+  if (isMissing != 0) return nullptr;
   auto made = std::make_shared<Fake>();
   const Lock lock(StateMutex());
   State().made.push_back(made);

@@ -46,23 +46,26 @@ struct CipherCall {
   std::string input;
 };
 
-struct Services {
-  // What the services answer.
-  std::int32_t passInitialiseResult = 0;
-  std::int32_t wsInitialiseResult = 0;
-  std::int32_t requestResult = 0;
-  std::int32_t commandResult = 0;
-  bool passMissing = false;
-  bool wsManagerMissing = false;
-  bool createWsFails = false;
-  bool collectorMissing = false;
+// What the services answer; 0 when they are well.
+struct Answers {
+  int passMissing = 0;
+  int wsManagerMissing = 0;
+  int collectorMissing = 0;
+  int databaseMissing = 0;
+  int passInitialiseResult = 0;
+  int wsInitialiseResult = 0;
+  int requestResult = 0;
+  int commandResult = 0;
+  int createWsFails = 0;
   int insertResult = 0;
   int updateResult = 0;
   int deleteResult = 0;
-  bool encryptFails = false;
-  bool databaseMissing = false;
+  int encryptFails = 0;
+  int loadFailure = 0;
   int saveResult = 0;
+};
 
+struct Services : Answers {
   // What they were given.
   std::weak_ptr<pass_interface::IPassInterfaceNotic> passSink;
   std::vector<CreatedConnection> connections;

@@ -1,31 +1,18 @@
 #include "tests/library/sweep/story.h"
 
-#include <memory>
-
-#include "pass_interface/pass_interface_notic.h"
-
 namespace sweep {
 namespace {
 
 using library_test::InstanceInfo;
-using library_test::IWSInterfaceNotic;
 using library_test::MakeInfo;
-using pass_interface::IPassInterfaceNotic;
-using pass_interface::RefreshSessionRsp;
 
 constexpr std::uint32_t kSessionExpired = 60103013;
+constexpr std::int32_t kRefused = 4004;
 
-InstanceInfo Refusal() {
-  auto info = MakeInfo();
-  info.code = 4004;
-  return info;
-}
-
-void Renew(IPassInterfaceNotic& sink, std::int32_t code) {
-  auto renewed = std::make_shared<RefreshSessionRsp>();
-  renewed->code = code;
-  renewed->sessionId = "session-renewed";
-  sink.OnRefreshSessionRsp(0, 200, renewed);
+void Answer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId) {
+  auto answer = std::make_shared<InstanceInfo>(MakeInfo(sessionId));
+  answer->code = code;
+  sink.OnPhoneConnectRsp(transportResult, 200, answer);
 }
 
 void EveryNotice(IWSInterfaceNotic& sink) {
@@ -43,28 +30,9 @@ void EveryNotice(IWSInterfaceNotic& sink) {
   sink.OnConnectState(0);
 }
 
-template <class Call>
-std::int32_t OnController(LibraryTest& test, Call&& call) {
-  const auto controller = test.controller;
-  return controller ? call(*controller) : -1;
-}
-
-template <class Call>
-std::int32_t OnSink(Call&& call) {
-  const auto sink = LibraryTest::PassSink();
-  if (sink) call(*sink);
-  return kSaysNothing;
-}
-
-std::int32_t ChangeLine(LibraryTest& test) {
-  return OnController(test, [](auto& controller) { return controller.ChangeIsp(2); });
-}
-
 std::int32_t ReleaseAndInit(LibraryTest& test) {
-  return OnController(test, [&test](auto& controller) {
-    controller.ReleasePhoneConnect();
-    return test.Init();
-  });
+  test.controller->ReleasePhoneConnect();
+  return test.Init();
 }
 
 std::int32_t Reconnect(LibraryTest& test) {
@@ -75,104 +43,87 @@ std::int32_t Reconnect(LibraryTest& test) {
   return 0;
 }
 
+void ChangeIspInNotice(LibraryTest& test) {
+  test.At("notice.OnNotice7", [&test] { test.controller->ChangeIsp(2); });
+  test.Notices().OnNotice5();
+}
+
 }  // namespace
 
 const std::vector<Story>& Stories() {
   static const auto* const stories = new std::vector<Story>{
-      {"init", [](auto&) {}, [](auto& t) { return OnController(t, [&t](auto&) { return t.Init(); }); }, 0, 6},
-      {"connect with a miss", [](auto& t) { t.InitReady(); }, [](auto& t) { return t.controller->GetPhoneConnect(); },
-       0, 5, true},
-      {"connect with a hit",
+      {"init", kIdle,
        [](auto& t) {
-         t.Connect();
-         t.controller->ReleasePhoneConnect();
-         t.InitReady();
+         const auto held = t.controller;
+         return t.Init();
        },
-       [](auto& t) { return t.controller->GetPhoneConnect(); }, 0, 13, true},
-      {"granted", [](auto& t) { t.Request(); }, [](auto& t) { return t.Grant(), kSaysNothing; }, kSaysNothing, 10},
-      {"granted again", [](auto& t) { t.Connect(); },
-       [](auto& t) { return t.Grant(MakeInfo("session-2")), kSaysNothing; }, kSaysNothing, 9},
-      {"refused", [](auto& t) { t.Connect(); }, [](auto& t) { return t.Answer(0, 200, Refusal()), kSaysNothing; },
-       kSaysNothing, 6},
-      {"request failed", [](auto& t) { t.Request(); }, [](auto& t) { return t.Answer(1, 0, MakeInfo()), kSaysNothing; },
-       kSaysNothing, 5},
-      {"refresh", [](auto& t) { t.Connect(); },
-       [](auto& t) {
-         const auto ws = t.WsSink();
-         const auto pass = t.PassSink();
-         ws->OnErrorCode(kSessionExpired, "");
-         Renew(*pass, 0);
-         return kSaysNothing;
+       6},
+      {"connect with a miss", kReady, [](auto& t) { return t.controller->GetPhoneConnect(); }, 5},
+      {"connect with a hit", kCached, [](auto& t) { return t.controller->GetPhoneConnect(); }, 13},
+      {"granted", kRequested, [](auto& pass, auto&) { Answer(pass, 0, 0, "session-1"); }, 10},
+      {"granted again", kConnected, [](auto& pass, auto&) { Answer(pass, 0, 0, "session-2"); }, 9},
+      {"refused", kConnected, [](auto& pass, auto&) { Answer(pass, 0, kRefused, ""); }, 6},
+      {"request failed", kRequested, [](auto& pass, auto&) { Answer(pass, 1, 0, ""); }, 5},
+      {"refresh", kConnected,
+       [](auto& pass, auto& ws) {
+         ws.OnErrorCode(kSessionExpired, "");
+         Renew(pass, 0);
        },
-       kSaysNothing, 2},
-      {"refresh refused", [](auto& t) { t.Connect(); },
-       [](auto&) { return OnSink([](auto& sink) { Renew(sink, 4004); }); }, kSaysNothing, 6},
-      {"line switch", [](auto& t) { t.Connect(); }, [](auto& t) { return t.controller->ChangeIsp(1); }, 0, 4, true},
+       2},
+      {"refresh refused", kConnected, [](auto& pass, auto&) { Renew(pass, kRefused); }, 6},
+      {"line switch", kConnected, [](auto& t) { return t.controller->ChangeIsp(1); }, 4},
       {"line switch that fails",
        [](auto& t) {
          t.Connect();
          t.Services().createWsFails = true;
        },
-       [](auto& t) { return t.controller->ChangeIsp(1); }, -1, 9, true},
-      {"command", [](auto& t) { t.Connect(); }, [](auto& t) { return t.controller->SendInReq8("text"); }, 0, 1},
-      {"every notice", [](auto& t) { t.Connect(); }, [](auto& t) { return EveryNotice(*t.WsSink()), kSaysNothing; },
-       kSaysNothing, 38},
-      {"release", [](auto& t) { t.Connect(); },
-       [](auto& t) { return t.controller->ReleasePhoneConnect(), kSaysNothing; }, kSaysNothing, 7},
-      {"destruction", [](auto& t) { t.Connect(); }, [](auto& t) { return t.controller.reset(), kSaysNothing; },
-       kSaysNothing, 7},
+       [](auto& t) { return t.controller->ChangeIsp(1); }, 9},
+      {"command", kConnected, [](auto& t) { return t.controller->SendInReq8("text"); }, 1},
+      {"every notice", kConnected, [](auto&, auto& ws) { EveryNotice(ws); }, 38},
+      {"release", kConnected, [](auto& t) { t.controller->ReleasePhoneConnect(); }, 7},
+      {"destruction", kConnected, [](auto& t) { t.controller.reset(); }, 7},
   };
   return *stories;
 }
 
 const std::vector<Intruder>& Intruders() {
   static const auto* const intruders = new std::vector<Intruder>{
-      {"release",
-       [](auto& t) {
-         return OnController(t, [](auto& controller) { return controller.ReleasePhoneConnect(), kSaysNothing; });
-       },
-       true},
-      {"last pointer dropped", [](auto& t) { return t.controller.reset(), kSaysNothing; }},
+      {"release", [](auto& t) { t.controller->ReleasePhoneConnect(); }, true},
+      {"last pointer dropped", [](auto& t) { t.controller.reset(); }},
       {"re-Init", ReleaseAndInit, true},
       {"reconnect", Reconnect, true},
-      {"second connect",
-       [](auto& t) { return OnController(t, [](auto& controller) { return controller.GetPhoneConnect(); }); }},
-      {"ChangeIsp", ChangeLine},
-      {"ChangeIsp in a notice",
-       [](auto& t) {
-         t.At("notice.OnNotice7", [&t] { ChangeLine(t); });
-         return OnSink([](auto& sink) { dynamic_cast<IWSInterfaceNotic&>(sink).OnNotice5(); });
-       }},
-      {"forwarder",
-       [](auto& t) { return OnController(t, [](auto& controller) { return controller.SendInReq8("text"); }); }},
-      {"granted",
-       [](auto&) {
-         return OnSink([](auto& sink) { sink.OnPhoneConnectRsp(0, 200, std::make_shared<InstanceInfo>(MakeInfo())); });
-       }},
-      {"refused",
-       [](auto&) {
-         return OnSink([](auto& sink) { sink.OnPhoneConnectRsp(0, 200, std::make_shared<InstanceInfo>(Refusal())); });
-       }},
-      {"refreshed", [](auto&) { return OnSink([](auto& sink) { Renew(sink, 0); }); }},
-      {"disconnected",
-       [](auto&) { return OnSink([](auto& sink) { dynamic_cast<IWSInterfaceNotic&>(sink).OnConnectState(0); }); }},
+      {"second connect", [](auto& t) { return t.controller->GetPhoneConnect(); }},
+      {"ChangeIsp", [](auto& t) { return t.controller->ChangeIsp(2); }},
+      {"ChangeIsp in a notice", ChangeIspInNotice},
+      {"forwarder", [](auto& t) { return t.controller->SendInReq8("text"); }},
+      {"granted", [](auto& pass, auto&) { Answer(pass, 0, 0, "session-3"); }},
+      {"refused", [](auto& pass, auto&) { Answer(pass, 0, kRefused, ""); }},
+      {"refreshed", [](auto& pass, auto&) { Renew(pass, 0); }},
+      {"disconnected", [](auto&, auto& ws) { ws.OnConnectState(0); }},
   };
   return *intruders;
 }
 
 const Intruder& Failure() {
-  static constexpr Intruder failure = {"failure", [](auto&) -> std::int32_t { throw ServiceFailure(); }};
-  return failure;
+  static const auto* const failure = new Intruder{"failure", [](LibraryTest&) { throw ServiceFailure(); }};
+  return *failure;
+}
+
+void Renew(IPassInterfaceNotic& sink, std::int32_t code) {
+  auto renewed = std::make_shared<pass_interface::RefreshSessionRsp>();
+  renewed->code = code;
+  renewed->sessionId = "session-renewed";
+  sink.OnRefreshSessionRsp(0, 200, renewed);
 }
 
 void NotifyLate(LibraryTest& test) {
   EveryNotice(test.Notices());
   test.Notices().OnErrorCode(kSessionExpired, "");
   auto& pass = dynamic_cast<IPassInterfaceNotic&>(*test.controller);
-  for (const auto& info : {MakeInfo("session-late"), Refusal()}) {
-    pass.OnPhoneConnectRsp(0, 200, std::make_shared<InstanceInfo>(info));
-    pass.OnPhoneConnectRsp(1, 0, std::make_shared<InstanceInfo>(info));
-    Renew(pass, info.code);
+  for (const std::int32_t code : {0, kRefused}) {
+    Answer(pass, 0, code, "session-late");
+    Answer(pass, 1, code, "session-late");
+    Renew(pass, code);
   }
 }
 
