@@ -96,22 +96,6 @@ TEST_F(Initialisation, WithoutASystemRecordAndABaseUrlTheDefaultsServe) {
   EXPECT_EQ(calls[4], "wsManager.Initialise(10, 5000)");
 }
 
-TEST_F(Initialisation, AFailingServiceIsPassedThroughAndInitMayBeRepeated) {
-  Services().passInitialiseResult = 17;
-  EXPECT_EQ(Init(), 17);
-  EXPECT_THAT(Take(), Not(Contains(StartsWith("wsManager.Initialise"))));
-  Services().passInitialiseResult = 0;
-  Services().wsInitialiseResult = -18;
-  EXPECT_EQ(Init(), -18);
-  EXPECT_THAT(Take(), ElementsAre("cipher.Encrypt", StartsWith("pass.Initialise"), StartsWith("wsManager.Initialise")))
-      << "services that exist are kept";
-  EXPECT_EQ(controller->GetPhoneConnect(), -1);
-  Notices().OnNotice5();
-  EXPECT_THAT(Take(), IsEmpty()) << "the notice is kept by a successful Init only";
-  Services().wsInitialiseResult = 0;
-  EXPECT_EQ(Init(), 0);
-}
-
 TEST_F(Initialisation, ASecondInitIsRefusedWhileTheFirstRunsAndAfterIt) {
   std::int32_t inside = 0;
   At("pass.Initialise", [&] { inside = Init(); });

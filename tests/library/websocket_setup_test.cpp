@@ -57,23 +57,6 @@ TEST_F(WebSocketSetup, TheRecordsCarryIdentityVideoAndSystemParameters) {
   EXPECT_THAT((std::vector<std::int32_t>{enabled, interval, useWss, last}), ElementsAre(0, 12345, 0, 0));
 }
 
-TEST_F(WebSocketSetup, AFailureIsReportedOnceAndALaterSessionMayConnect) {
-  Request();
-  Services().createWsFails = true;
-  Grant();
-  const Calls calls = Take();
-  ASSERT_GT(calls.size(), 6U);
-  EXPECT_THAT(
-      Calls(calls.begin() + 1, calls.begin() + 5),
-      ElementsAre("wsManager.CreateWS(wss://10.0.0.7:8443)", "log60 [phone-1]Init WS failed;Error code [60701001]",
-                  "notice.OnStatus(60701001, web socket init failed)", "collect.Report(0, 0, 60701001, , )"));
-  EXPECT_THAT(calls, Contains(StartsWith("notice.OnIspList"))) << "the session is handled all the same";
-  EXPECT_FALSE(CommandsAreOpen());
-  Services().createWsFails = false;
-  Grant();
-  EXPECT_TRUE(CommandsAreOpen());
-}
-
 TEST_F(WebSocketSetup, ATextThatDoesNotFitIsRefusedAndNotCut) {
   const std::tuple<std::size_t, std::size_t, bool> cases[] = {
       {255, 255, true}, {256, 10, false}, {10, 256, false}, {5000, 10, false}};

@@ -1,4 +1,4 @@
-// Threads that meet at chosen calls. Every wait is bounded: one in vain ends the process with a message.
+// Threads that tests wait for. Every wait is bounded: one in vain ends the process with a message.
 #ifndef TESTS_LIBRARY_FAKES_THREADS_H
 #define TESTS_LIBRARY_FAKES_THREADS_H
 
@@ -7,13 +7,10 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
-
-#include "tests/library/fakes/recorder.h"
 
 namespace fakes {
 
@@ -38,26 +35,6 @@ class Event {
   std::mutex mutex;
   std::condition_variable changed;
   bool isSet = false;
-};
-
-// Holds the thread that makes the next such call until Resume.
-class Pause {
- public:
-  explicit Pause(const std::string& call) : call(call) {
-    Recorder::Get().At(call, [call, events = events] {
-      events->first.Set();
-      events->second.Wait("the end of the pause at " + call);
-    });
-  }
-  Pause(const Pause&) = delete;
-  Pause& operator=(const Pause&) = delete;
-  ~Pause() { Resume(); }
-  void WaitUntilReached() { events->first.Wait(call); }
-  void Resume() { events->second.Set(); }
-
- private:
-  std::string call;
-  std::shared_ptr<std::pair<Event, Event>> events = std::make_shared<std::pair<Event, Event>>();
 };
 
 // Runs work on a thread of its own; Finish waits for its end.

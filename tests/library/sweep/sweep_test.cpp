@@ -81,12 +81,15 @@ struct Sweep : LibraryTest {
       if (++count != schedule.callOut) return;
       outcome.where = call;
       Recorder::Watch(nullptr);
-      if (schedule.mode == Mode::kInside) return intrude();
-      intruder.emplace(intrude, schedule.Name());
-      if (schedule.MayWaitFor(call)) {
-        outcome.hasWaited = !intruder->EndsWithin(kProbe);
+      if (schedule.mode == Mode::kInside) {
+        intrude();
       } else {
-        intruder->Finish();
+        intruder.emplace(intrude, schedule.Name());
+        outcome.hasWaited = schedule.MayWaitFor(call) && !intruder->EndsWithin(kProbe);
+        if (!outcome.hasWaited) intruder->Finish();
+      }
+      if (outcome.where.starts_with("ws.")) {
+        EXPECT_FALSE(Services().connections.front().object.expired()) << "what is being called lives";
       }
     };
     Worker(
