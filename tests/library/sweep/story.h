@@ -25,7 +25,7 @@ constexpr std::int32_t kSaysNothing = -2;
 // A call of the front end's, written as a function of the fixture; or notices of the services', as one of their sinks.
 struct Action {
   template <class Work>
-  Action(Work work) : isOfFrontEnd(std::is_invocable_v<Work, LibraryTest&>) {
+  Action(Work work) : needsController(std::is_invocable_v<Work, LibraryTest&>) {
     run = [work](LibraryTest& test) {
       if constexpr (!std::is_invocable_v<Work, LibraryTest&>) {
         if (const auto sink = test.PassSink()) work(*sink, dynamic_cast<IWSInterfaceNotic&>(*sink));
@@ -39,7 +39,7 @@ struct Action {
     };
   }
 
-  bool isOfFrontEnd;
+  bool needsController;
   std::function<std::int32_t(LibraryTest&)> run;
 };
 

@@ -7,6 +7,7 @@
 // and "release/3/beside" select more.
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <optional>
 
@@ -42,14 +43,14 @@ struct Schedule {
   }
   // A change of the line waits for the one before it, though not for its notice; nothing else waits for anything.
   bool MayWaitFor(std::string_view call) const {
-    return mode == Mode::kBeside && !call.starts_with("notice.") && story.name.starts_with("line switch") &&
-           intruder.name == "ChangeIsp";
+    return intruder.name == "ChangeIsp" && story.name.starts_with("line switch") && !call.starts_with("notice.");
   }
 };
 
 struct Outcome {
   // The call at which the story was stopped.
   std::string where;
+  std::string trouble;
   bool hasWaited = false;
   bool hasThrown = false;
   std::int32_t story = kSaysNothing;
@@ -61,19 +62,30 @@ bool IsSelected(const std::string& name) {
   return wanted == nullptr || (name + "/").starts_with(std::string(wanted) + "/");
 }
 
+// The schedule that runs, for the message of a process that it ends.
+std::string current;
+
 struct Sweep : LibraryTest {
+  Sweep() {
+    std::set_terminate([] {
+      std::cerr << "terminated in " << current << std::endl;
+      std::abort();
+    });
+  }
+
   Outcome Run(const Schedule& schedule) {
+    current = schedule.Name();
     Outcome outcome;
     std::optional<Worker> intruder;
     const auto intrude = [&] {
       try {
         const Action& action = schedule.intruder.action;
         // In the midst of a destruction there is no pointer to call through.
-        if (controller || !action.isOfFrontEnd) outcome.intruder = action.run(*this);
+        if (controller || !action.needsController) outcome.intruder = action.run(*this);
       } catch (const ServiceFailure&) {
         throw;
       } catch (const std::exception& error) {
-        ADD_FAILURE() << "the intruder throws: " << error.what();
+        outcome.trouble = std::string("the intruder throws: ") + error.what();
       }
     };
     int count = 0;
@@ -84,34 +96,32 @@ struct Sweep : LibraryTest {
       if (schedule.mode == Mode::kInside) {
         intrude();
       } else {
-        intruder.emplace(intrude, schedule.Name());
+        intruder.emplace(intrude, current);
         outcome.hasWaited = schedule.MayWaitFor(call) && !intruder->EndsWithin(kProbe);
         if (!outcome.hasWaited) intruder->Finish();
       }
-      if (outcome.where.starts_with("ws.")) {
-        EXPECT_FALSE(Services().connections.front().object.expired()) << "what is being called lives";
-      }
+      const bool isGone = outcome.where.starts_with("ws.") && Services().connections.front().object.expired();
+      if (isGone) outcome.trouble = "the connection is destroyed inside a call";
     };
-    Worker(
-        [&] {
-          Recorder::Watch(&stopAtCallOut);
-          try {
-            outcome.story = schedule.story.action.run(*this);
-          } catch (const ServiceFailure&) {
-            outcome.hasThrown = true;
-          } catch (const std::exception& error) {
-            ADD_FAILURE() << "the story throws: " << error.what();
-          }
-          Recorder::Watch(nullptr);
-        },
-        schedule.Name())
-        .Finish();
+    const auto tell = [&] {
+      Recorder::Watch(&stopAtCallOut);
+      try {
+        outcome.story = schedule.story.action.run(*this);
+      } catch (const ServiceFailure&) {
+        outcome.hasThrown = true;
+      } catch (const std::exception& error) {
+        outcome.trouble = std::string("the story throws: ") + error.what();
+      }
+      Recorder::Watch(nullptr);
+    };
+    Worker(tell, current).Finish();
     if (intruder) intruder->Finish();
     return outcome;
   }
 
   void ExpectResults(const Schedule& schedule, const Outcome& outcome) {
     EXPECT_FALSE(outcome.where.empty()) << "the story has fewer call-outs than it had";
+    EXPECT_EQ(outcome.trouble, "");
     if (schedule.intruder.name == Failure().name) {
       EXPECT_EQ(outcome.hasThrown, schedule.story.name != "destruction") << "it reaches who called";
       return;
