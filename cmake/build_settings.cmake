@@ -18,6 +18,12 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 endif()
 
+# Installed, a library finds its neighbours beside it, and a program in the folder next to its own.
+include(GNUInstallDirs)
+if(PROJECT_IS_TOP_LEVEL AND NOT WIN32)
+  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+endif()
+
 # Paths below the tree count as relative, so that every clone finds what another one has compiled.
 find_program(QV_CCACHE ccache)
 if(QV_CCACHE)
