@@ -42,6 +42,10 @@ struct QvLogParam {
   std::int32_t countSetting = 5;    // files kept
 };
 
+// A host that packs its records in another way (/Zp, #pragma pack) is told here, before it can go wrong.
+static_assert(sizeof(QvVideoParam) == 16 && sizeof(QvDataSystemParam) == 24 && sizeof(QvLogParam) == 528,
+              "include this header with the compiler's default packing");
+
 }  // namespace qv_data_interface
 
 #endif

@@ -8,10 +8,13 @@
 #define QV_SURFACE_MODULE_ATTACH_H
 
 #include "collect_interface/collect_interface.h"
+#include "surface/build_identity.h"
 
 namespace qv_data_interface {
 
 inline void RegisterSdkType() noexcept {
+  // Keeps the text from being left out of the file as unused.
+  static_cast<void>(buildIdentity[0]);
   collect_interface::ICollectInterface::GetCollectInstance(false)->SetCollectSdkType("data_interface");
 }
 
