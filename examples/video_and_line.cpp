@@ -25,10 +25,12 @@ class FrontEnd : public IQVDataInterfaceNotic {
   void OnIspList(const IspItem* items, std::uint64_t count) override {
     std::lock_guard<std::mutex> lock(mutex);
     lines.clear();
+    linesCame = true;
     for (std::uint64_t i = 0; i < count; ++i) {
       std::printf("line %d: %s\n", items[i].ispCode, items[i].label);  // copy a label to keep it
       lines.push_back(items[i].ispCode);
     }
+    changed.notify_one();
   }
 
   void OnFirstFrame(std::uint64_t, std::uint64_t, std::uint64_t, std::uint32_t format) override {
@@ -38,10 +40,10 @@ class FrontEnd : public IQVDataInterfaceNotic {
     changed.notify_one();
   }
 
-  // The lines come before the first frame of the connection that they belong to.
-  bool AwaitFrames(int count) {
+  // The lines may come before or after the first frame.
+  bool Await(int firstFrames) {
     std::unique_lock<std::mutex> lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return frames >= count; });
+    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return frames >= firstFrames && linesCame; });
   }
   std::vector<std::int32_t> Lines() {
     std::lock_guard<std::mutex> lock(mutex);
@@ -52,6 +54,7 @@ class FrontEnd : public IQVDataInterfaceNotic {
   std::mutex mutex;
   std::condition_variable changed;
   std::vector<std::int32_t> lines;
+  bool linesCame = false;
   int frames = 0;
 };
 
@@ -65,11 +68,11 @@ int main(int argc, char** argv) {
   video.frameRate = 60;
   const QvDataSystemParam system;
   if (phone->Init("user", "device", "token", "phone-1", 0, frontEnd, &video, &system, 1, argv[1]) != 0) return 1;
-  if (phone->GetPhoneConnect() != 0 || !frontEnd->AwaitFrames(1)) return 1;
+  if (phone->GetPhoneConnect() != 0 || !frontEnd->Await(1)) return 1;
 
   const auto lines = frontEnd->Lines();
   if (lines.empty() || phone->ChangeIsp(static_cast<std::uint32_t>(lines[0])) != 0) return 1;
-  if (!frontEnd->AwaitFrames(2)) return 1;
+  if (!frontEnd->Await(2)) return 1;
   phone->ReleasePhoneConnect();
   return 0;
 }

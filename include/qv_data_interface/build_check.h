@@ -69,8 +69,8 @@
 
 namespace qv_data_interface {
 
-/// Compares the library in a file with the program that this is compiled into. Reads the stream, opened as binary, to its
-/// end; loads nothing. From any thread.
+/// Compares the library in a file with the program that this is compiled into. Reads the stream, opened as binary, to
+/// its end; loads nothing. From any thread.
 /// @return empty when the two go together, otherwise one line that says what differs.
 inline std::string BuildMismatch(std::istream& libraryFile) {
   const std::string mark = QV_BUILD_MARK;

@@ -1,4 +1,5 @@
-// Everything public.
+/// @file
+/// Everything public.
 #ifndef QV_DATA_INTERFACE_QV_DATA_INTERFACE_H
 #define QV_DATA_INTERFACE_QV_DATA_INTERFACE_H
 

@@ -1,3 +1,4 @@
+/// @file
 #ifndef SDK_BASE_THREAD_ID_H
 #define SDK_BASE_THREAD_ID_H
 
@@ -5,7 +6,7 @@
 
 namespace base {
 
-// The operating system's id of the calling thread, as debuggers show it.
+/// The operating system's id of the calling thread, as debuggers show it.
 SDK_BASE_API long GetTid();
 
 }  // namespace base

@@ -1,9 +1,10 @@
-// Counts the threads of the services, so that a host can wait for the last one before it ends. Unloading the libraries is
-// not made safe by it: the last thread may still be leaving their code.
-//
-// A service that is stopped from the outside joins its thread. One that is stopped or let go from inside a notice
-// cannot: its thread ends by itself, soon after the notice.
-// Threads: everything from any thread.
+/// @file
+/// Counts the threads of the services, so that a host can wait for the last one before it ends. Unloading the libraries
+/// is not made safe by it: the last thread may still be leaving their code.
+///
+/// A service that is stopped from the outside joins its thread. One that is stopped or let go from inside a notice
+/// cannot: its thread ends by itself, soon after the notice.
+/// Threads: everything from any thread.
 #ifndef REFERENCE_COMMON_SERVICE_THREADS_H
 #define REFERENCE_COMMON_SERVICE_THREADS_H
 
@@ -13,11 +14,12 @@
 
 namespace reference {
 
-// Held by a thread of a service from before it starts until its last step.
+/// Held by a thread of a service from before it starts until its last step.
 class REFERENCE_COMMON_API ServiceThreadTicket {
  public:
   ServiceThreadTicket();
   ~ServiceThreadTicket();
+  /// The other one then holds nothing.
   ServiceThreadTicket(ServiceThreadTicket&& other) noexcept;
   ServiceThreadTicket(const ServiceThreadTicket&) = delete;
   ServiceThreadTicket& operator=(const ServiceThreadTicket&) = delete;
@@ -26,7 +28,7 @@ class REFERENCE_COMMON_API ServiceThreadTicket {
   bool isHeld = true;
 };
 
-// Says whether all of them have ended within that time. Not to be called from inside a notice.
+/// Says whether all of them have ended within that time. Not to be called from inside a notice.
 REFERENCE_COMMON_API bool WaitForServiceThreads(std::chrono::milliseconds timeout);
 
 }  // namespace reference
