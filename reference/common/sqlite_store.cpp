@@ -1,6 +1,7 @@
 #include "reference/common/sqlite_store.h"
 
 #include <exception>
+#include <fstream>
 #include <system_error>
 
 #include "base/base_log_interface.h"
@@ -68,11 +69,13 @@ void Store::OpenLocked(const std::filesystem::path& file) {
   if (connection && openFile == file && std::filesystem::exists(file)) return;
   connection.reset();
   std::filesystem::create_directories(file.parent_path());
-  connection.emplace(file, setup, lockPatience);
-  openFile = file;
-  // Sessions and addresses are the user's own business. Where the file system knows no owner, it stays as it is.
+  // Sessions and addresses are the user's own business. Made and closed to others before SQLite opens it, since the files
+  // beside it take over its permissions. Where the file system knows no owner, it stays as it is.
+  std::ofstream(file, std::ios::app).close();
   std::error_code ignored;
   std::filesystem::permissions(file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, ignored);
+  connection.emplace(file, setup, lockPatience);
+  openFile = file;
 }
 
 }  // namespace reference::sqlite

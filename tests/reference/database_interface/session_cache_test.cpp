@@ -61,6 +61,16 @@ TEST_F(SessionCacheTest, ASaveTakesTheRowsPastTheirTimeAway) {
   EXPECT_EQ(reader.Run("UPDATE session_cache SET expiry = expiry WHERE cache_key = 'future'"), 1);
 }
 
+#ifndef _WIN32  // whose files have access lists instead
+TEST_F(SessionCacheTest, NoFileOfItIsOpenToOtherUsers) {
+  ASSERT_EQ(Save("key", "text"), 0);
+  for (const auto& entry : std::filesystem::directory_iterator(directory.path)) {
+    const auto others = entry.status().permissions() & ~std::filesystem::perms::owner_all;
+    EXPECT_EQ(others, std::filesystem::perms::none) << entry.path();
+  }
+}
+#endif
+
 TEST_F(SessionCacheTest, NullTextsAreRefused) {
   std::string text;
   EXPECT_EQ(IDatabaseInterface::GetDbInstance()->SaveSessionCache(nullptr, "text", kFarFuture), -1);
