@@ -2,8 +2,7 @@
 // or, under ispLock, on the front end's thread inside ChangeIsp.
 #include <cstddef>
 #include <cstring>
-#include <locale>
-#include <sstream>
+#include <string>
 
 #include "control/data_control.h"
 #include "qv_data_interface/result_codes.h"
@@ -73,11 +72,9 @@ bool CQVDataControl::FillConnectRecords(ConnectRecords& records) {
 
 std::string CQVDataControl::MakeUrl(const pass_interface::StreamEndpoints& endpoints) {
   const auto system = systemParam.Copy();
-  std::ostringstream url;
-  // The host's locale must not group the digits of the port.
-  url.imbue(std::locale::classic());
-  url << (system && system->useWss ? "wss://" : "ws://") << endpoints.webSocketDomain << ":" << endpoints.webSocketPort;
-  return url.str();
+  // No stream, which keeps a failed allocation to itself and hands out a part of the URL.
+  return (system && system->useWss ? "wss://" : "ws://") + endpoints.webSocketDomain + ":" +
+         std::to_string(endpoints.webSocketPort);
 }
 
 CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints,
