@@ -2,6 +2,9 @@
 
 #include <json/json.h>
 
+#include <memory>
+#include <sstream>
+
 #include "surface/log.h"
 
 namespace qv_data_interface {
@@ -122,6 +125,16 @@ void WriteEndpoints(const StreamEndpoints& endpoints, Json::Value& object) {
   object["webSocketPort"] = endpoints.webSocketPort;
 }
 
+// What Json::Value::toStyledString gives; but its stream keeps a failed allocation to itself and hands out half a text.
+std::string StyledText(const Json::Value& root) {
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit | std::ios::failbit);
+  const std::unique_ptr<Json::StreamWriter> writer(Json::StreamWriterBuilder().newStreamWriter());
+  writer->write(root, &text);
+  text << '\n';
+  return text.str();
+}
+
 }  // namespace
 
 void InstanceInfoToJson(const InstanceInfo& info, std::string& json) {
@@ -149,7 +162,7 @@ void InstanceInfoToJson(const InstanceInfo& info, std::string& json) {
 
   root["gCtrlNodeNo"] = info.gCtrlNodeNo;
   root["preemption"] = info.preemption;
-  json = root.toStyledString();
+  json = StyledText(root);
 }
 
 std::int32_t ParseInstanceInfo(const char* json, InstanceInfo& info) {
