@@ -1,7 +1,8 @@
 #include "reference/pass_interface/request_body.h"
 
 #include <json/value.h>
-#include <json/writer.h>
+
+#include "reference/common/compact_json.h"
 
 namespace pass_interface {
 namespace {
@@ -15,12 +16,6 @@ Json::Value WithIdentity(const Identity& identity) {
   return body;
 }
 
-std::string Text(const Json::Value& body) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  return Json::writeString(builder, body);
-}
-
 }  // namespace
 
 std::string PhoneConnectBody(const Identity& identity, const char* targetId, const char* text1, const char* text2) {
@@ -28,7 +23,7 @@ std::string PhoneConnectBody(const Identity& identity, const char* targetId, con
   body["targetId"] = targetId;
   body["text1"] = text1;
   body["text2"] = text2;
-  return Text(body);
+  return reference::CompactJson(body);
 }
 
 std::string RefreshSessionBody(const Identity& identity, const char* sessionId, const char* text, std::int32_t value) {
@@ -36,7 +31,7 @@ std::string RefreshSessionBody(const Identity& identity, const char* sessionId, 
   body["sessionId"] = sessionId;
   body["text"] = text;
   body["value"] = value;
-  return Text(body);
+  return reference::CompactJson(body);
 }
 
 }  // namespace pass_interface

@@ -5,20 +5,11 @@
 #include <cstring>
 #include <type_traits>
 
+#include "reference/common/compact_json.h"
 #include "reference/common/utf8.h"
 #include "reference/ws_interface/message_codec.h"
 
 namespace reference::ws {
-namespace {
-
-std::string Compact(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  return Json::writeString(builder, value);
-}
-
-}  // namespace
-
 ResultCode CheckText(const char* text) {
   if (text == nullptr) return kBadArgument;
   const void* const end = std::memchr(text, '\0', kMaxTextSize + 1);
@@ -36,7 +27,7 @@ std::string EncodeAuth(const AuthRequest& request) {
   json["clientKind"] = request.clientKind;
   json["initNumber"] = request.initNumber;
   json["streamKind"] = request.streamKind;
-  return Compact(json);
+  return CompactJson(json);
 }
 
 std::string EncodePlay(std::int32_t videoFormat, const ws_interface::WSVideoParam& video) {
@@ -47,14 +38,14 @@ std::string EncodePlay(std::int32_t videoFormat, const ws_interface::WSVideoPara
   json["height"] = video.height;
   json["frameRate"] = video.frameRate;
   json["bitRate"] = video.bitRate;
-  return Compact(json);
+  return CompactJson(json);
 }
 
 std::string EncodeSession(const std::string& sessionId) {
   Json::Value json;
   json["type"] = "session";
   json["sessionId"] = sessionId;
-  return Compact(json);
+  return CompactJson(json);
 }
 
 CommandWriter::CommandWriter(int slot) {
