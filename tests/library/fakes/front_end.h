@@ -20,6 +20,7 @@ struct FrontEnd : qv_data_interface::IQVDataInterfaceNotic {
   void OnStatus(std::int32_t code, const char* message) override { Record("notice.OnStatus", code, message); }
   void OnServiceCode(std::int32_t code, const char* message) override { Record("notice.OnServiceCode", code, message); }
   std::int32_t OnChooseVideoFormat(const std::int32_t* formats, U64 count) override {
+    const Uncounted own;
     std::string list;
     for (U64 i = 0; i < count; ++i) list += (i ? " " : "") + std::to_string(formats[i]);
     Record("notice.OnChooseVideoFormat", list);
@@ -47,6 +48,7 @@ struct FrontEnd : qv_data_interface::IQVDataInterfaceNotic {
   void OnNotice16(U64 a, U64 b, U64 c, U32 d) override { Record("notice.OnNotice16", a, b, c, d); }
   void OnNotice17() override { Record("notice.OnNotice17"); }
   void OnIspList(const qv_data_interface::IspItem* items, U64 count) override {
+    const Uncounted own;
     if (!items) return Record("notice.OnIspList", "null", count);
     std::string list;
     for (U64 i = 0; i < count; ++i) list += std::to_string(items[i].ispCode) + "=" + items[i].label + ";";

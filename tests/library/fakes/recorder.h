@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/library/fakes/uncounted.h"
+
 namespace fakes {
 
 class Recorder {
@@ -96,6 +98,7 @@ const Value& Shown(const Value& value) {
 // Adds "operation(argument, ...)".
 template <class... Arguments>
 void Record(const char* operation, const Arguments&... arguments) {
+  const Uncounted own;
   std::ostringstream line;
   line << operation << '(';
   [[maybe_unused]] const char* separator = "";

@@ -15,6 +15,7 @@
 #include "pass_interface/encryption.h"
 #include "pass_interface/pass_interface.h"
 #include "tests/library/fakes/recorder.h"
+#include "tests/library/fakes/uncounted.h"
 #include "ws_interface/ws_manager_interface.h"
 
 namespace fakes {
@@ -44,6 +45,7 @@ struct FakeLog final : base::IBaseLogInterface {
   RESERVED(8)
   RESERVED(9)
   void WriteLog(const int& level, const long& threadId, const char* format, ...) override SDK_PRINTF_FORMAT(4, 5) {
+    const Uncounted own;
     char text[4096];
     va_list arguments;
     va_start(arguments, format);
@@ -71,6 +73,7 @@ struct FakeCollector final : collect_interface::ICollectInterface {
     return State().deleteResult;
   }
   int InsertInstanceInfo(int* rowId, Text targetId, Text sessionId, int defaultMode, Text channel) override {
+    const Uncounted own;
     Record("collect.InsertInstanceInfo", targetId, sessionId, defaultMode, channel);
     const Lock lock(StateMutex());
     if (State().insertResult == 0) State().liveRows.insert(*rowId = State().nextRow++);
@@ -81,6 +84,7 @@ struct FakeCollector final : collect_interface::ICollectInterface {
     return State().updateResult;
   }
   void ReportMessageCollect(std::shared_ptr<pass_interface::MessageCollect> message) override {
+    const Uncounted own;
     const auto status = StatusOf(*message);
     {
       const Lock lock(StateMutex());
@@ -127,12 +131,14 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
   RESERVED_8(1, 2, 3, 4, 5, 6, 7, 8)
   RESERVED_8(9, 10, 11, 12, 13, 14, 15, 16)
   I32 SaveSessionCache(Text cacheKey, Text cipherText, std::int64_t expiry) override {
+    const Uncounted own;
     Record("db.SaveSessionCache", expiry);
     const Lock lock(StateMutex());
     if (State().saveResult == 0) State().sessionCache[cacheKey] = SessionRow{cipherText, expiry};
     return State().saveResult;
   }
   I32 LoadSessionCache(Text cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
+    const Uncounted own;
     Record("db.LoadSessionCache");
     const Lock lock(StateMutex());
     State().minimumExpiry = minimumExpiry;
@@ -199,6 +205,7 @@ struct FakeManager final : IWSManagerInterface {
                                          const WSVideoInfo* videoInfo, const WSDefaultParam* defaultParam,
                                          const WSSystemParam* systemParam, std::shared_ptr<IWSInterfaceNotic> notic,
                                          U64 reserved) override {
+    const Uncounted own;
     Record("wsManager.CreateWS", url);
     if (State().createWsFails) return nullptr;
     const Lock lock(StateMutex());
@@ -225,6 +232,7 @@ struct FakeManager final : IWSManagerInterface {
 // Lives for ever, since the library calls out before main and after it.
 template <class Fake>
 std::shared_ptr<Fake> TheOne() {
+  const Uncounted own;
   static auto* const one = new std::shared_ptr<Fake>(std::make_shared<Fake>());
   return *one;
 }
@@ -295,6 +303,7 @@ void collect_interface::ICollectInterface::CoreHappen(const char* text) {
 }
 
 std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::Create() {
+  const fakes::Uncounted own;
   fakes::Record("pass.Create");
   return fakes::Make<fakes::FakePass>(fakes::State().passMissing);
 }
@@ -302,6 +311,7 @@ std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::
 // No cipher, but it goes back and forth and notices a changed byte.
 int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
+  const fakes::Uncounted own;
   fakes::NoteCipherCall("cipher.Encrypt", input, length, key, iv);
   output.assign(input, input + length);
   output.push_back(fakes::Checksum(output));
@@ -311,6 +321,7 @@ int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int l
 
 int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
+  const fakes::Uncounted own;
   fakes::NoteCipherCall("cipher.Decrypt", input, length, key, iv);
   if (length == 0) return -1;
   output.assign(input + 1, input + length);
@@ -319,11 +330,13 @@ int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int l
 }
 
 std::string pass_interface::IEncryption::Base64Encode(const char* bytes, int length, bool flag) {
+  const fakes::Uncounted own;
   fakes::Recorder::Get().Visit("cipher.Base64Encode");
   return (flag ? "flag set:" : "base64:") + std::string(bytes, bytes + length);
 }
 
 std::string pass_interface::IEncryption::Base64Decode(const char* text, int length, bool flag) {
+  const fakes::Uncounted own;
   fakes::Recorder::Get().Visit("cipher.Base64Decode");
   const std::string whole(text, text + length);
   return whole.rfind("base64:", 0) == 0 && !flag ? whole.substr(7) : "";
@@ -335,6 +348,7 @@ std::shared_ptr<database_interface::IDatabaseInterface> database_interface::IDat
 }
 
 std::shared_ptr<ws_interface::IWSManagerInterface> ws_interface::IWSManagerInterface::Create() {
+  const fakes::Uncounted own;
   fakes::Record("wsManager.Create");
   return fakes::Make<fakes::FakeManager>(fakes::State().wsManagerMissing);
 }
