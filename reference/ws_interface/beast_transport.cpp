@@ -15,7 +15,9 @@
 #include <type_traits>
 #include <utility>
 
+#include "reference/common/guarded.h"
 #include "reference/common/settings.h"
+#include "reference/ws_interface/log.h"
 #include "reference/ws_interface/tls.h"
 
 namespace reference::ws {
@@ -61,11 +63,12 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
                         Then([](BeastTransport& self) { self.Tell([](TransportSink& sink) { sink.OnWritten(); }); }));
   }
 
-  void Close() override {
+  void Close() noexcept override {
     closed = true;
-    resolver.cancel();
     // Without a closing hand-shake: it would wait for a peer that may be the reason for closing.
     if (stream) beast::get_lowest_layer(*stream).close();
+    // Takes memory. Without, the look-up goes on in vain.
+    Guarded(kLogTag, "giving up a name's look-up", [this] { resolver.cancel(); });
   }
 
   const char* Stage() const override { return stage; }

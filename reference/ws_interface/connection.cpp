@@ -33,26 +33,32 @@ Connection::Connection(ConnectionSettings settings, std::weak_ptr<ws_interface::
       video(this->settings.video) {}
 
 void Connection::Start() {
-  reactor->Post([self = shared_from_this()] {
-    if (self->gate.IsClosed()) return;
-    self->timer = self->reactor->MakeTimer();
-    self->BeginAttempt();
-  });
+  waker = reactor->MakeWaker(weak_from_this());
+  waker->Wake();
 }
 
 void Connection::Close() {
   outbox.End();
-  // First, so that no notice comes even when there is no memory for the rest.
   gate.Close();
-  reactor->Post([self = shared_from_this()] { self->Shutdown(); });
+  const std::lock_guard<std::mutex> lock(closingMutex);
+  closing = shared_from_this();
+  if (!waker->Wake()) closing.reset();
 }
 
 void Connection::Shutdown() {
   phase = Phase::kEnded;
   outbox.End();
+  waker->Cancel();
   if (transport) transport->Close();
   transport.reset();
-  timer.reset();
+  const std::lock_guard<std::mutex> lock(closingMutex);
+  closing.reset();
+}
+
+void Connection::OnWoken() {
+  if (gate.IsClosed()) return Shutdown();
+  if (phase == Phase::kNew) return BeginAttempt();
+  WriteNext();
 }
 
 template <class Call>
@@ -75,7 +81,7 @@ void Connection::BeginAttempt() {
   if (!ReportState(kConnecting)) return;
   try {
     transport = reactor->MakeTransport(settings.endpoint, settings.keepAlive);
-    StartTimer(settings.timeout);
+    waker->WakeAfter(settings.timeout);
     transport->Open(weak_from_this());
   } catch (const std::exception& exception) {
     Lost(exception.what());
@@ -89,7 +95,7 @@ void Connection::OnResolved() {
 void Connection::OnOpen() {
   if (!Report([](auto& sink) { sink.OnConnectStep(kStepConnected); })) return;
   phase = Phase::kAuthenticating;
-  StartTimer(settings.timeout);
+  waker->WakeAfter(settings.timeout);
   Authenticate();
 }
 
@@ -120,7 +126,7 @@ void Connection::Handle(const AuthAnswer& answer) {
   std::int32_t format = kDefaultFormat;
   if (!Report([&](auto& sink) { format = sink.OnAuthRsp(0, 0, 0, answer.formats.c_str()); })) return;
   phase = Phase::kAwaitingPlay;
-  StartTimer(settings.timeout);
+  waker->WakeAfter(settings.timeout);
   WriteOwn(EncodePlay(format, video));
   outbox.Open();
   {
@@ -143,7 +149,7 @@ void Connection::Refused(const AuthAnswer& answer) {
 void Connection::Handle(const PlayAnswer& answer) {
   if (phase != Phase::kAwaitingPlay) return Lost("playRsp without play");
   phase = Phase::kStreaming;
-  timer->Cancel();
+  waker->Cancel();
   Report([&](auto& sink) { DeliverPlayAnswer(answer, sink); });
 }
 
@@ -175,23 +181,17 @@ void Connection::Lost(const char* reason) {
   LogFailure(name.c_str(), reason);
   DropTransport();
   phase = Phase::kPausing;
-  if (ReportState(kDisconnected)) StartTimer(backoff.Next());
+  if (ReportState(kDisconnected)) waker->WakeAfter(backoff.Next());
 }
 
 void Connection::DropTransport() {
   outbox.Close();
-  timer->Cancel();
+  waker->Cancel();
   if (transport) transport->Close();
   transport.reset();
 }
 
-void Connection::StartTimer(std::chrono::milliseconds delay) {
-  timer->Start(delay, [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->OnTimer();
-  });
-}
-
-void Connection::OnTimer() {
+void Connection::OnTime() {
   switch (phase) {
     case Phase::kPausing:
       return BeginAttempt();
@@ -201,10 +201,18 @@ void Connection::OnTimer() {
       return Overdue("no authRsp");
     case Phase::kAwaitingPlay:
       return Overdue("no playRsp");
+    case Phase::kNew:
     case Phase::kStreaming:
     case Phase::kEnded:
       return;
   }
+}
+
+void Connection::OnFault() noexcept {
+  if (phase == Phase::kEnded) return;
+  if (phase > Phase::kPausing) return Lost("a task failed, the connection begins anew");
+  phase = Phase::kPausing;
+  waker->WakeAfter(backoff.Next());
 }
 
 void Connection::Overdue(const std::string& what) {

@@ -35,6 +35,7 @@ struct ConnectionSettings {
 
 class Connection final : public ws_interface::IWSInterface,
                          public TransportSink,
+                         public WakerUser,
                          public std::enable_shared_from_this<Connection> {
  public:
   Connection(ConnectionSettings settings, std::weak_ptr<ws_interface::IWSInterfaceNotic> sink,
@@ -43,8 +44,7 @@ class Connection final : public ws_interface::IWSInterface,
   // Begins the first attempt. To be called once.
   void Start();
   // Ends the connection for good: afterwards no notice comes, and none is in flight unless the calling thread is itself
-  // delivering one. Without memory it throws bad_alloc when the notices have ended, and leaves the network to the next
-  // call. May be called again.
+  // delivering one. Needs no memory. May be called again.
   void Close();
 
   bool RunsOn(const Reactor* other) const { return reactor.get() == other; }
@@ -72,7 +72,11 @@ class Connection final : public ws_interface::IWSInterface,
   std::int32_t SendDummyReq() override;
 
  private:
-  enum class Phase { kPausing, kConnecting, kAuthenticating, kAwaitingPlay, kStreaming, kEnded };
+  enum class Phase { kNew, kPausing, kConnecting, kAuthenticating, kAwaitingPlay, kStreaming, kEnded };
+
+  void OnWoken() override;
+  void OnTime() override;
+  void OnFault() noexcept override;
 
   void OnResolved() override;
   void OnOpen() override;
@@ -99,8 +103,6 @@ class Connection final : public ws_interface::IWSInterface,
   bool Report(Call&& call);
   bool ReportState(std::uint32_t state);
 
-  void StartTimer(std::chrono::milliseconds delay);
-  void OnTimer();
   void Overdue(const std::string& what);
   void WriteOwn(std::string text);
   void WriteNext();
@@ -109,10 +111,11 @@ class Connection final : public ws_interface::IWSInterface,
   std::int32_t Command(int slot, Arguments... arguments);
   std::int32_t Queue(std::string text);
 
-  // Constant after construction.
+  // Constant after construction, the waker after Start.
   const ConnectionSettings settings;
   const std::string name;
   const std::shared_ptr<Reactor> reactor;
+  std::unique_ptr<Waker> waker;
 
   // Synchronise themselves.
   NoticeGate<ws_interface::IWSInterfaceNotic> gate;
@@ -122,9 +125,12 @@ class Connection final : public ws_interface::IWSInterface,
   std::mutex sessionMutex;
   std::string sessionId;
 
+  // This object, from Close until the I/O thread has let the transport go.
+  std::mutex closingMutex;
+  std::shared_ptr<Connection> closing;
+
   // Used on the I/O thread only.
-  Phase phase = Phase::kPausing;
-  std::unique_ptr<Timer> timer;
+  Phase phase = Phase::kNew;
   std::shared_ptr<Transport> transport;
   Backoff backoff;
   ws_interface::WSVideoParam video;

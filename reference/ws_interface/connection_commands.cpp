@@ -17,7 +17,7 @@ std::int32_t Connection::Queue(std::string text) {
     case Outbox::Verdict::kFull:
       return kQueueFull;
     case Outbox::Verdict::kQueuedWakeWriter:
-      reactor->Post([self = shared_from_this()] { self->WriteNext(); });
+      waker->Wake();
       return kTaken;
     case Outbox::Verdict::kQueued:
       break;

@@ -1,13 +1,12 @@
 // What a connection needs of the network, kept abstract so that its sequence of steps can be tested without sockets.
 //
-// Threads: everything on the I/O thread, except Reactor::Post. Ownership: a connection holds its reactor, its timer and
-// its transport; they hold the connection weakly. Timer and transport are released on the I/O thread.
+// Threads: everything on the I/O thread, unless it says otherwise. Ownership: a connection holds its reactor, its waker
+// and its transport; they hold the connection weakly. The transport is released on the I/O thread.
 #ifndef REFERENCE_WS_INTERFACE_TRANSPORT_H
 #define REFERENCE_WS_INTERFACE_TRANSPORT_H
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -38,27 +37,41 @@ class Transport {
   // Answered by OnWritten. REQUIRES: OnOpen has come, and OnWritten for the message before.
   virtual void Write(std::string text) = 0;
   // Drops the connection without waiting for the peer. No event comes after it.
-  virtual void Close() = 0;
+  virtual void Close() noexcept = 0;
   // What it is busy with, for the log.
   virtual const char* Stage() const = 0;
 
   virtual ~Transport() = default;
 };
 
-class Timer {
+// Called by its waker on the I/O thread.
+class WakerUser {
  public:
-  // Replaces what was started before.
-  virtual void Start(std::chrono::milliseconds delay, std::function<void()> expired) = 0;
-  virtual void Cancel() = 0;
+  virtual void OnWoken() = 0;
+  virtual void OnTime() = 0;
+  // A task of the I/O thread failed, most likely for want of memory. Whatever was under way may never report.
+  virtual void OnFault() noexcept = 0;
 
-  virtual ~Timer() = default;
+  virtual ~WakerUser() = default;
+};
+
+// Brings a connection to the I/O thread. Only making one takes memory, so that no wait is left without an end, and no
+// connection unclosed, when there is none.
+class Waker {
+ public:
+  // OnWoken comes soon, once for all calls before it. From any thread. False when the I/O thread has ended.
+  virtual bool Wake() noexcept = 0;
+  // OnTime comes then. Replaces what was asked for before.
+  virtual void WakeAfter(std::chrono::milliseconds delay) noexcept = 0;
+  virtual void Cancel() noexcept = 0;
+
+  virtual ~Waker() = default;
 };
 
 class Reactor {
  public:
-  // Runs task on the I/O thread, in the order of the posts; drops it when that thread has ended. From any thread.
-  virtual void Post(std::function<void()> task) = 0;
-  virtual std::unique_ptr<Timer> MakeTimer() = 0;
+  // From any thread.
+  virtual std::unique_ptr<Waker> MakeWaker(std::weak_ptr<WakerUser> user) = 0;
   // keepAlive: interval of the pings, a peer silent for two of them being lost; 0: no pings.
   virtual std::shared_ptr<Transport> MakeTransport(const Endpoint& endpoint, std::chrono::milliseconds keepAlive) = 0;
 

@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "reference/common/guarded.h"
 #include "reference/ws_interface/log.h"
 
 namespace reference::ws {
@@ -140,13 +139,11 @@ void WsManager::Stop() {
     const std::lock_guard<std::mutex> lock(managerMutex);
     ending.swap(ioThread);
   }
-  bool allClosed = true;
   while (const std::shared_ptr<Connection> connection = AnyStopped()) {
-    allClosed = Guarded(kLogTag, "closing a connection", [&] { connection->Close(); }) && allClosed;
+    connection->Close();
     Forget(connection);
   }
-  // Otherwise it ends with the last connection that holds it: their sockets must not outlive their thread.
-  if (ending && allClosed) ending->Stop();
+  if (ending) ending->Stop();
 }
 
 // One at a time rather than as a list, so that stopping needs no memory. Those of a thread that another has started

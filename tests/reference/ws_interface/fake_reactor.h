@@ -4,9 +4,9 @@
 #ifndef TESTS_REFERENCE_WS_INTERFACE_FAKE_REACTOR_H
 #define TESTS_REFERENCE_WS_INTERFACE_FAKE_REACTOR_H
 
-#include <deque>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "reference/ws_interface/transport.h"
@@ -19,7 +19,7 @@ class FakeTransport final : public reference::ws::Transport {
     writing = true;
     written.push_back(std::move(text));
   }
-  void Close() override { closed = true; }
+  void Close() noexcept override { closed = true; }
   const char* Stage() const override { return "faking"; }
 
   // The test keeps the connection alive.
@@ -47,21 +47,20 @@ class FakeReactor final : public reference::ws::Reactor {
  public:
   struct Alarm {
     std::optional<std::chrono::milliseconds> delay;
-    std::function<void()> expired;
+    std::weak_ptr<reference::ws::WakerUser> user;
+    bool isWoken = false;
   };
 
-  void Post(std::function<void()> task) override { tasks.push_back(std::move(task)); }
-  std::unique_ptr<reference::ws::Timer> MakeTimer() override {
-    struct FakeTimer final : reference::ws::Timer {
-      explicit FakeTimer(std::shared_ptr<Alarm> alarm) : alarm(std::move(alarm)) {}
-      ~FakeTimer() override { alarm->delay.reset(); }
-      void Start(std::chrono::milliseconds delay, std::function<void()> expired) override {
-        *alarm = {delay, std::move(expired)};
-      }
-      void Cancel() override { alarm->delay.reset(); }
+  std::unique_ptr<reference::ws::Waker> MakeWaker(std::weak_ptr<reference::ws::WakerUser> user) override {
+    struct FakeWaker final : reference::ws::Waker {
+      explicit FakeWaker(std::shared_ptr<Alarm> alarm) : alarm(std::move(alarm)) {}
+      bool Wake() noexcept override { return alarm->isWoken = true; }
+      void WakeAfter(std::chrono::milliseconds delay) noexcept override { alarm->delay = delay; }
+      void Cancel() noexcept override { alarm->delay.reset(); }
       const std::shared_ptr<Alarm> alarm;
     };
-    return std::make_unique<FakeTimer>(alarm);
+    alarm->user = std::move(user);
+    return std::make_unique<FakeWaker>(alarm);
   }
   std::shared_ptr<reference::ws::Transport> MakeTransport(const reference::ws::Endpoint&,
                                                           std::chrono::milliseconds) override {
@@ -70,26 +69,20 @@ class FakeReactor final : public reference::ws::Reactor {
   }
 
   void RunTasks() {
-    while (!tasks.empty()) {
-      const auto task = std::move(tasks.front());
-      tasks.pop_front();
-      task();
+    while (std::exchange(alarm->isWoken, false)) {
+      if (const auto user = alarm->user.lock()) user->OnWoken();
     }
   }
-  // The time that the timer waits for has passed.
+  // The time that the waker waits for has passed.
   void Expire() {
     if (!alarm->delay) throw std::logic_error("no timer runs");
     alarm->delay.reset();
-    const auto expired = alarm->expired;
-    expired();
+    alarm->user.lock()->OnTime();
   }
   FakeTransport& Last() { return *transports.back(); }
 
   const std::shared_ptr<Alarm> alarm = std::make_shared<Alarm>();
   std::vector<std::shared_ptr<FakeTransport>> transports;
-
- private:
-  std::deque<std::function<void()>> tasks;
 };
 
 #endif
