@@ -1,0 +1,225 @@
+// Every allocation of a connection's whole life fails, over the reference services and a cloud: in the front end's calls
+// and on the services' threads alike. The cloud's own thread never fails.
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <thread>
+
+#include "collect_interface/collect_interface.h"
+#include "database_interface/database_interface.h"
+#include "reference/common/service_threads.h"
+#include "reference/common/settings.h"
+#include "tests/allocation/failing_allocations.h"
+#include "tests/end_to_end/end_to_end.h"
+#include "tests/library/fakes/uncounted.h"
+
+namespace end_to_end {
+namespace {
+
+using allocation::Mode;
+using fakes::Counted;
+using fakes::Uncounted;
+
+// gtest's, on the main thread.
+const bool testsOwnThread = (Uncounted::RestOfThisThread(), true);
+
+// Takes no memory.
+class Listener final : public qv_data_interface::IQVDataInterfaceNotic {
+ public:
+  void OnStatus(std::int32_t code, const char*) override {
+    // An attempt, its end and its loss are followed by the next one.
+    if (code != qv_data_interface::kResultSuccess && code != qv_data_interface::kResultWsConnecting &&
+        code != qv_data_interface::kResultWsDisconnect) {
+      Note(failures);
+    }
+  }
+  std::int32_t OnChooseVideoFormat(const std::int32_t*, std::uint64_t) override { return 264; }
+  void OnFirstFrame(std::uint64_t, std::uint64_t, std::uint64_t, std::uint32_t) override { Note(frames); }
+
+  // Waits for a first frame or the notice of a failure, in vain ones excepted: isExcused is asked every now and then.
+  // False when neither came.
+  template <class Excuse>
+  bool WaitForNews(Excuse isExcused) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    std::unique_lock<std::mutex> lock(mutex);
+    const auto hasCome = [this] { return frames + failures > 0; };
+    while (!grown.wait_for(lock, std::chrono::milliseconds(20), hasCome)) {
+      if (isExcused()) break;
+      if (std::chrono::steady_clock::now() > end) return false;
+    }
+    frames = failures = 0;
+    return true;
+  }
+
+ private:
+  void Note(int& count) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    ++count;
+    grown.notify_all();
+  }
+
+  std::mutex mutex;
+  std::condition_variable grown;
+  int frames = 0;
+  int failures = 0;
+};
+
+// So many tests share the places between them.
+constexpr std::uint64_t kShares = 4;
+
+class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::tuple<Mode, std::uint64_t>> {
+ protected:
+  LoopbackSweep() {
+    qv_cloud::CloudOptions options;
+    // The hand-shakes of TLS take no memory of the program's own, but most of the time of a story.
+    options.plain = true;
+    system.useWss = false;
+    options.onEvent = [](const std::string&) {
+      thread_local const bool cloudsThread = (Uncounted::RestOfThisThread(), true);
+      static_cast<void>(cloudsThread);
+    };
+    cloud.emplace(std::move(options));
+    baseUrl = cloud->BaseUrl();
+    // One frame is all that is looked at. What waits for an answer that got lost does so as short as is allowed.
+    video.frameRate = 0;
+    system.wsManagerValue = system.httpValue1 = system.httpValue2 = 1000;
+  }
+
+  // What a step throws reaches this caller, and is nothing but the lack of memory.
+  template <class Step>
+  void Do(const char* name, Step&& step) {
+    try {
+      const Counted counted;
+      step();
+    } catch (const std::bad_alloc&) {
+    } catch (...) {
+      ADD_FAILURE() << name << " threw something else than bad_alloc";
+    }
+  }
+
+  std::int32_t InitListener() {
+    return controller->Init(credential1.c_str(), credential2.c_str(), credential3.c_str(), targetId.c_str(), 0,
+                            listener, &video, &system, kReconnectNumber, baseUrl.c_str());
+  }
+
+  // Unless the caller was told, the front end hears of its connection, or a notice had no memory and the log says so.
+  void Await(const char* step, bool isUnderWay) {
+    if (!isUnderWay) return;
+    const auto isExcused = [this] {
+      if (mode == Mode::kFromThenOn && allocation::FailedSoFar() > 0) return true;
+      const std::string log = ReadFile(LogDirectory() / "QV_DATA.log").substr(storyBegin);
+      return log.find("a notice threw") != std::string::npos || log.find("of an answer threw") != std::string::npos;
+    };
+    EXPECT_TRUE(listener->WaitForNews(isExcused)) << "after " << step << " the front end hears nothing";
+  }
+
+  void Connect(const char* step) {
+    bool isUnderWay = false;
+    Do("initialise", [this] { InitListener(); });
+    Do(step, [&] { isUnderWay = controller->GetPhoneConnect() == 0; });
+    Await(step, isUnderWay);
+  }
+
+  void WholeLife() {
+    controller.reset();
+    Do("create", [this] { controller = qv_data_interface::IQVDataInterface::Create(); });
+    if (!controller) return;
+    Connect("connect by the service");
+    Do("command", [this] { controller->SendInReq8("a text that fits in no string in place"); });
+    bool isUnderWay = false;
+    Do("another line", [&] { isUnderWay = controller->ChangeIsp(qv_cloud::kLineA) == 0; });
+    Await("another line", isUnderWay);
+    Do("release", [this] { controller->ReleasePhoneConnect(); });
+    Connect("connect from the cache");
+  }
+
+  // With all that may have been left by the story: the same controller connects.
+  void ExpectConnects() {
+    controller->ReleasePhoneConnect();
+    listener = std::make_shared<Listener>();
+    ASSERT_EQ(InitListener(), 0);
+    ASSERT_EQ(controller->GetPhoneConnect(), 0);
+    ASSERT_TRUE(listener->WaitForNews([] { return false; }));
+    ASSERT_EQ(controller->SendInReq8("text"), 0);
+  }
+
+  // Says how many allocations failed.
+  std::uint64_t Run(std::uint64_t number) {
+    storyBegin = std::filesystem::file_size(LogDirectory() / "QV_DATA.log");
+    // One that is not in the cache.
+    targetId = "phone-" + std::to_string(number);
+    listener = std::make_shared<Listener>();
+    allocation::Arm(number, mode);
+    WholeLife();
+    // In every other story the release is left to the destructor.
+    if (number % 2 == 0) {
+      Do("release", [this] { controller->ReleasePhoneConnect(); });
+    } else {
+      Do("destruction", [this] { controller.reset(); });
+    }
+    const std::uint64_t failed = allocation::Disarm();
+    const Counted counted;
+    if (!controller) controller = qv_data_interface::IQVDataInterface::Create();
+    ExpectConnects();
+    controller.reset();
+    EXPECT_TRUE(reference::WaitForServiceThreads(kPatience)) << "a service's thread does not end";
+    CloseDatabases();
+    return failed;
+  }
+
+  // They keep their prepared statements, some of which are used now and then only. The next story opens them anew.
+  void CloseDatabases() {
+    const auto notADirectory = directory / "a file";
+    std::ofstream(notADirectory) << "in its place";
+    reference::SetDataDirectory(notADirectory);
+    std::string text;
+    EXPECT_EQ(database_interface::IDatabaseInterface::GetDbInstance()->LoadSessionCache("key", 0, text), 0);
+    EXPECT_EQ(collector->DeleteInstanceInfo(1), -1);
+    reference::SetDataDirectory(directory);
+  }
+
+  // A service's thread frees the last of its memory when it counts as ended already.
+  static bool LiveFallsTo(std::int64_t count) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (allocation::Live() > count && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    return allocation::Live() <= count;
+  }
+
+  const Mode mode = std::get<0>(GetParam());
+  const std::shared_ptr<collect_interface::ICollectInterface> collector =
+      collect_interface::ICollectInterface::GetCollectInstance(false);
+  std::shared_ptr<Listener> listener;
+  std::string baseUrl;
+  std::uintmax_t storyBegin = 0;
+};
+
+TEST_P(LoopbackSweep, EveryFailureIsToldAndLeavesNothingStuckOrBehind) {
+  // What is made once for the process is made here.
+  Run(1000000);
+  Run(1000001);
+  std::int64_t live = allocation::Live();
+  std::uint64_t number = 1 + std::get<1>(GetParam()), failed = 0, total = 0, places = 0;
+  do {
+    SCOPED_TRACE("allocation " + std::to_string(number));
+    failed = Run(number);
+    EXPECT_TRUE(LiveFallsTo(live)) << allocation::Live() - live << " blocks have leaked";
+    ASSERT_FALSE(HasFailure());
+    live = std::min(live, allocation::Live());
+    total += failed;
+    places += failed > 0 ? 1 : 0;
+    number += kShares;
+  } while (failed > 0);
+  EXPECT_GT(places, 200U);
+  std::cout << places << " places, " << total << " failed allocations" << std::endl;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, LoopbackSweep,
+                         testing::Combine(testing::Values(Mode::kOnce, Mode::kFromThenOn),
+                                          testing::Range<std::uint64_t>(0, kShares)),
+                         [](const auto& tested) {
+                           return (std::get<0>(tested.param) == Mode::kOnce ? "Once" : "FromThenOn") +
+                                  std::to_string(std::get<1>(tested.param));
+                         });
+
+}  // namespace
+}  // namespace end_to_end
