@@ -11,7 +11,9 @@
 namespace reference::sqlite {
 namespace {
 
+constexpr int kInformationLevel = 20;
 constexpr int kFailureLevel = 60;
+constexpr std::chrono::minutes kPauseBetweenSameLines{1};
 
 std::filesystem::path WithSuffix(std::filesystem::path file, const char* suffix) {
   return file += suffix;
@@ -29,53 +31,71 @@ void MoveAside(const std::filesystem::path& file) {
 
 bool Store::Use(const std::function<void(Connection&)>& work) noexcept {
   try {
+    bool isUsed = false, isNew = false;
     std::string failure;
     {
       const std::lock_guard<std::mutex> lock(connectionMutex);
       try {
-        TryLocked(work);
-        lastFailure.clear();
-        return true;
+        isNew = TryLocked(work);
+        isUsed = true;
       } catch (const std::exception& thrown) {
         failure = thrown.what();
+        // Whatever it was, the next use begins with a fresh connection.
+        connection.reset();
+        if (!IsToldLocked(failure)) return false;
       }
-      // Whatever it was, the next use begins with a fresh connection.
-      connection.reset();
-      if (failure == lastFailure) return false;
-      lastFailure = failure;
     }
-    base::IBaseLogInterface::GetLogInstance()->WriteLog(kFailureLevel, base::GetTid(), "%s%s cannot be used: %s", tag,
-                                                        fileName, failure.c_str());
+    if (isNew) WriteLog(kInformationLevel, " was missing and has been made", "");
+    if (!isUsed) WriteLog(kFailureLevel, " cannot be used: ", failure.c_str());
+    return isUsed;
   } catch (const std::exception&) {
     // Out of memory: the operation has failed, and nobody can be told why.
   }
   return false;
 }
 
-void Store::TryLocked(const std::function<void(Connection&)>& work) {
-  const std::filesystem::path file = DataDirectory() / fileName;
+void Store::WriteLog(int level, const char* what, const char* why) const {
+  base::IBaseLogInterface::GetLogInstance()->WriteLog(level, base::GetTid(), "%s%s%s%s", tag, fileName, what, why);
+}
+
+bool Store::IsToldLocked(const std::string& failure) {
+  const auto now = std::chrono::steady_clock::now();
+  if (failure == toldFailure && wantedFile == toldFile && now < tellAgain) return false;
+  toldFailure = failure;
+  toldFile = wantedFile;
+  tellAgain = now + kPauseBetweenSameLines;
+  return true;
+}
+
+bool Store::TryLocked(const std::function<void(Connection&)>& work) {
+  wantedFile = DataDirectory() / fileName;
   try {
-    OpenLocked(file);
+    const bool isNew = OpenLocked();
     work(*connection);
+    // The line about a damaged file that was moved aside has said so already.
+    return isNew && toldFile != wantedFile;
   } catch (const Error& failure) {
     if (!failure.IsCorrupt()) throw;
     connection.reset();
-    MoveAside(file);
+    MoveAside(wantedFile);
     throw std::runtime_error(std::string(failure.what()) + "; it is moved aside, the next use makes a new one");
   }
 }
 
-void Store::OpenLocked(const std::filesystem::path& file) {
-  if (connection && openFile == file && std::filesystem::exists(file)) return;
+bool Store::OpenLocked() {
+  const bool exists = std::filesystem::exists(wantedFile);
+  if (connection && openFile == wantedFile && exists) return false;
   connection.reset();
-  std::filesystem::create_directories(file.parent_path());
+  std::filesystem::create_directories(wantedFile.parent_path());
   // Sessions and addresses are the user's own business. Made and closed to others before SQLite opens it, since the files
   // beside it take over its permissions. Where the file system knows no owner, it stays as it is.
-  std::ofstream(file, std::ios::app).close();
+  std::ofstream(wantedFile, std::ios::app).close();
   std::error_code ignored;
-  std::filesystem::permissions(file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write, ignored);
-  connection.emplace(file, setup, lockPatience);
-  openFile = file;
+  std::filesystem::permissions(wantedFile, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
+                               ignored);
+  connection.emplace(wantedFile, setup, lockPatience);
+  openFile = wantedFile;
+  return !exists;
 }
 
 }  // namespace reference::sqlite

@@ -1,9 +1,9 @@
 // A SQLite file in the data directory that a service keeps something in, and can do without.
 //
 // Opened at the first use, and anew when the data directory has changed or the file has been taken away. When it cannot
-// be used, the operation that wanted it fails, and one log line names the reason, not one for each operation. A corrupt
-// file is moved aside to a name ending in ".corrupt", where it replaces an earlier one, and the next use makes a new
-// one.
+// be used, the operation that wanted it fails, and a log line names the reason: the same one once a minute at most, for
+// what fails may alternate with what does not. A corrupt file is moved aside to a name ending in ".corrupt", where it
+// replaces an earlier one, and the next use makes a new one.
 //
 // Threads: Use from any thread; one at a time is served. Ownership: holds the connection until it is destroyed.
 #ifndef REFERENCE_COMMON_SQLITE_STORE_H
@@ -30,8 +30,11 @@ class Store {
   bool Use(const std::function<void(Connection&)>& work) noexcept;
 
  private:
-  void TryLocked(const std::function<void(Connection&)>& work);
-  void OpenLocked(const std::filesystem::path& file);
+  // Both say whether the file has been made.
+  bool TryLocked(const std::function<void(Connection&)>& work);
+  bool OpenLocked();
+  bool IsToldLocked(const std::string& failure);
+  void WriteLog(int level, const char* what, const char* why) const;
 
   const char* const tag;
   const char* const fileName;
@@ -39,9 +42,11 @@ class Store {
   const std::chrono::milliseconds lockPatience;
 
   std::mutex connectionMutex;
-  std::filesystem::path openFile;
+  std::filesystem::path wantedFile, openFile;
   std::optional<Connection> connection;
-  std::string lastFailure;
+  std::filesystem::path toldFile;
+  std::string toldFailure;
+  std::chrono::steady_clock::time_point tellAgain;
 };
 
 }  // namespace reference::sqlite

@@ -1,6 +1,4 @@
 // When a cached session is used and when it is not.
-#include <fstream>
-
 #include "tests/end_to_end/end_to_end.h"
 
 namespace end_to_end {
@@ -55,28 +53,6 @@ TEST_F(Caching, ASessionThatTheServiceGrantsForLessThanTenMinutesIsNotUsedAgain)
   controller->ReleasePhoneConnect();
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_EQ(Stats().phoneConnects, 2U);
-}
-
-TEST_F(Caching, ADatabaseFileFullOfGarbageCostsARequestAndIsReplaced) {
-  std::ofstream(directory / "session_cache.db", std::ios::binary) << std::string(8192, 'x');
-  std::ofstream(directory / "collector.db", std::ios::binary) << std::string(8192, 'x');
-  StartCloud();
-  ASSERT_TRUE(ConnectToFirstFrame());
-  controller->ReleasePhoneConnect();
-  EXPECT_NE(Log().find("session_cache.db cannot be used"), std::string::npos);
-  ASSERT_TRUE(ConnectToFirstFrame());
-  EXPECT_EQ(Stats().phoneConnects, 1U);
-}
-
-TEST_F(Caching, WithoutAUsableDirectoryItConnectsAllTheSame) {
-  std::filesystem::remove(directory);
-  std::ofstream(directory) << "a file in its place";
-  StartCloud();
-  for (const std::uint64_t requests : {1U, 2U}) {
-    ASSERT_TRUE(ConnectToFirstFrame());
-    EXPECT_EQ(Stats().phoneConnects, requests);
-    controller->ReleasePhoneConnect();
-  }
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "base/base_log_interface.h"
 #include "database_interface/database_interface.h"
 #include "reference/common/settings.h"
 #include "reference/common/sqlite.h"
@@ -85,23 +84,6 @@ TEST_F(SessionCacheTest, ACorruptFileIsMovedAsideAndMadeAnew) {
   EXPECT_EQ(tests::ReadFile(directory / "session_cache.db.corrupt"), garbage);
   EXPECT_EQ(Save("key", "text"), 0);
   EXPECT_EQ(Load("key"), "text");
-}
-
-TEST_F(SessionCacheTest, AnUnusableDirectoryFailsEveryUseWithOneLogLine) {
-  const auto logger = base::IBaseLogInterface::GetLogInstance();
-  logger->SetLogPath((directory / "log").string().c_str());
-  logger->SetLogName("cache");
-  logger->StartLog();
-  // Lines that waited for the start are of an earlier test.
-  const std::size_t before = tests::ReadLines(directory / "log/cache.log").size();
-  tests::WriteFile(directory / "file", "");
-  reference::SetDataDirectory(directory / "file/below");
-  EXPECT_EQ(Save("key", "text"), -1);
-  EXPECT_EQ(Save("key", "text"), -1);
-  EXPECT_EQ(Load("key"), "untouched");
-  const auto lines = tests::ReadLines(directory / "log/cache.log");
-  ASSERT_EQ(lines.size(), before + 1);
-  EXPECT_NE(lines.back().find("[REFERENCE_DATABASE_INTERFACE]session_cache.db cannot be used: "), std::string::npos);
 }
 
 TEST_F(SessionCacheTest, ALockedDatabaseFailsASaveInTimeAndServesAgainAfterwards) {

@@ -1,0 +1,218 @@
+// Whatever the disk has done to the databases, the connection comes about, without the cache where it cannot be used,
+// and the log names each database once.
+#include <sqlite3.h>
+
+#include <array>
+#include <atomic>
+#include <fstream>
+#include <map>
+
+#include "pass_interface/encryption.h"
+#include "reference/common/settings.h"
+#include "tests/end_to_end/end_to_end.h"
+
+namespace end_to_end {
+namespace {
+
+constexpr std::array kDatabases = {"session_cache.db", "collector.db"};
+
+std::atomic<bool> isDiskFull{false};
+
+#ifndef QV_NO_FULL_DISK
+// Stands between SQLite and the system from now on, also in the services. To be called before a database is opened.
+void WatchDisk() {
+  static sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  // The same for every kind of file.
+  static decltype(sqlite3_io_methods::xWrite) systemWrite = nullptr;
+  static sqlite3_vfs watching = *system;
+  watching.zName = "watching";
+  watching.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags) {
+    const int result = system->xOpen(system, name, file, flags, outFlags);
+    if (file->pMethods == nullptr) return result;
+    // Never destroyed: the services close no database when the process ends.
+    static auto& watched = *new std::map<const sqlite3_io_methods*, sqlite3_io_methods>;
+    const auto [entry, isNew] = watched.emplace(file->pMethods, *file->pMethods);
+    if (isNew) systemWrite = file->pMethods->xWrite;
+    entry->second.xWrite = [](sqlite3_file* written, const void* bytes, int count, sqlite3_int64 offset) {
+      return isDiskFull ? SQLITE_FULL : systemWrite(written, bytes, count, offset);
+    };
+    file->pMethods = &entry->second;
+    return result;
+  };
+  sqlite3_vfs_register(&watching, 1);
+}
+#else
+void WatchDisk() {}
+#endif
+
+class DiskTest;
+
+struct Harm {
+  const char* name;
+  void (*inflict)(DiskTest& test);
+  // What the log says once of each database, after its name.
+  const char* line;
+  // Whether the next connect finds its session in the cache.
+  bool isMended;
+};
+
+void PrintTo(const Harm& harm, std::ostream* out) {
+  *out << harm.name;
+}
+
+class DiskTest : public EndToEnd {
+ public:
+  using EndToEnd::Sql;
+
+  ~DiskTest() override {
+    isDiskFull = false;
+    for (sqlite3* const locker : lockers) sqlite3_close(locker);
+  }
+
+  template <class Do>
+  void ForEachFile(Do&& work) {
+    for (const char* const name : kDatabases) work(harmed / name);
+  }
+  void Overwrite(std::streamoff offset, const std::string& bytes) {
+    ForEachFile([&](const std::filesystem::path& file) {
+      std::fstream(file, std::ios::binary | std::ios::in | std::ios::out).seekp(offset) << bytes;
+    });
+  }
+  void Lock() {
+    ForEachFile([this](const std::filesystem::path& file) {
+      const std::u8string path = file.u8string();
+      ASSERT_EQ(sqlite3_open(reinterpret_cast<const char*>(path.c_str()), &lockers.emplace_back()), SQLITE_OK);
+      ASSERT_EQ(sqlite3_exec(lockers.back(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    });
+  }
+  // A text that nothing but another key reads.
+  static std::string ForeignText() {
+    const std::string plain(500, 'x');
+    const std::vector<unsigned char> key(32, 'k'), iv(16, 'i');
+    std::vector<unsigned char> cipher;
+    pass_interface::IEncryption::Aes256Encrypt(reinterpret_cast<const unsigned char*>(plain.data()), 500, key.data(),
+                                               iv.data(), cipher);
+    return pass_interface::IEncryption::Base64Encode(reinterpret_cast<const char*>(cipher.data()),
+                                                     static_cast<int>(cipher.size()), false);
+  }
+
+  std::filesystem::path harmed;
+
+ protected:
+  // Copies of the databases that the services have filled, which they have not opened yet.
+  void FillAndCopy() {
+    StartCloud();
+    ASSERT_TRUE(ConnectToFirstFrame());
+    controller->ReleasePhoneConnect();
+    harmed = directory / "harmed";
+    std::filesystem::create_directory(harmed);
+    for (const char* const name : kDatabases) {
+      Sql(name, "PRAGMA wal_checkpoint(TRUNCATE)");
+      std::filesystem::copy_file(directory / name, harmed / name);
+    }
+    logBegin = Log().size();
+  }
+  std::size_t Lines(const std::string& text) const {
+    const std::string log = Log().substr(logBegin);
+    std::size_t count = 0;
+    for (std::size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) ++count;
+    return count;
+  }
+
+  std::vector<sqlite3*> lockers;
+  std::size_t logBegin = 0;
+};
+
+class HarmedDatabase : public DiskTest, public testing::WithParamInterface<Harm> {};
+
+TEST_P(HarmedDatabase, CostsTheCacheAndOneLineOfTheLogAndNothingElse) {
+  WatchDisk();
+  FillAndCopy();
+  GetParam().inflict(*this);
+  ASSERT_FALSE(HasFailure());
+  reference::SetDataDirectory(harmed);
+
+  for (const std::uint64_t requests : {2U, GetParam().isMended ? 2U : 3U, GetParam().isMended ? 2U : 4U}) {
+    ASSERT_TRUE(ConnectToFirstFrame());
+    EXPECT_EQ(Stats().phoneConnects, requests);
+    controller->ReleasePhoneConnect();
+  }
+  for (const char* const name : kDatabases) {
+    EXPECT_EQ(Lines(name + std::string(GetParam().line)), 1U) << name;
+    EXPECT_EQ(Lines(name), 1U) << name;
+  }
+}
+
+// From here on no row can be added, and none is there.
+void Empty(DiskTest& test) {
+  test.Sql("harmed/session_cache.db", "DELETE FROM session_cache; PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+constexpr Harm kHarms[] = {
+    {"Missing", [](DiskTest& test) { std::filesystem::remove_all(test.harmed); }, " was missing and has been made",
+     true},
+    {"ADirectoryInItsPlace",
+     [](DiskTest& test) {
+       test.ForEachFile([](const auto& file) {
+         std::filesystem::remove(file);
+         std::filesystem::create_directory(file);
+       });
+     },
+     " cannot be used: unable to open database file", false},
+    {"AFileInPlaceOfTheDirectory",
+     [](DiskTest& test) {
+       std::filesystem::remove_all(test.harmed);
+       std::ofstream(test.harmed) << "a file";
+     },
+     " cannot be used: filesystem error: ", false},
+    // The header's write version: one that SQLite does not know makes the file read-only, for every user.
+    {"ReadOnly",
+     [](DiskTest& test) {
+       Empty(test);
+       test.Overwrite(18, "\x03");
+     },
+     " cannot be used: attempt to write a readonly database", false},
+    {"Locked",
+     [](DiskTest& test) {
+       Empty(test);
+       test.Lock();
+     },
+     " cannot be used: database is locked", false},
+#ifndef QV_NO_FULL_DISK
+    {"Full",
+     [](DiskTest& test) {
+       Empty(test);
+       isDiskFull = true;
+     },
+     " cannot be used: database or disk is full", false},
+#endif
+    {"Truncated",
+     [](DiskTest& test) { test.ForEachFile([](const auto& file) { std::filesystem::resize_file(file, 5000); }); },
+     " cannot be used: database disk image is malformed; it is moved aside", true},
+    {"OfAnotherVersion",
+     [](DiskTest& test) {
+       test.Sql("harmed/session_cache.db", "ALTER TABLE session_cache RENAME COLUMN expiry TO another");
+       test.Sql("harmed/collector.db", "ALTER TABLE messages RENAME COLUMN tag TO another");
+     },
+     " cannot be used: ", false},
+    {"NoDatabase", [](DiskTest& test) { test.Overwrite(0, std::string(4096, 'x')); },
+     " cannot be used: file is not a database; it is moved aside", true},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms),
+                         [](const auto& tested) { return tested.param.name; });
+
+TEST_F(DiskTest, ARowOfABuildWithAnotherKeyCostsARequestAndOneLineAndIsReplaced) {
+  FillAndCopy();
+  Sql("harmed/session_cache.db", "UPDATE session_cache SET cipher_text = '" + ForeignText() + "'");
+  reference::SetDataDirectory(harmed);
+  for (int connects = 0; connects < 2; ++connects) {
+    ASSERT_TRUE(ConnectToFirstFrame());
+    controller->ReleasePhoneConnect();
+    EXPECT_EQ(Stats().phoneConnects, 2U);
+    EXPECT_EQ(Lines("[QV_DATA_INTERFACE]Aes256Decrypt Failed"), 1U);
+  }
+}
+
+}  // namespace
+}  // namespace end_to_end
