@@ -29,6 +29,7 @@
 #include "sync/front_end_scope.h"
 #include "sync/guarded.h"
 #include "sync/rebuild_lock.h"
+#include "sync/spread_pointer.h"
 #include "telemetry/status_template.h"
 #include "ws_interface/ws_manager_interface.h"
 
@@ -231,7 +232,8 @@ class CQVDataControl final : public IQVInternalDataInterface,
   Guarded<FrontEnd> notice;
   Guarded<std::shared_ptr<pass_interface::IPassInterface>> passInterface;
   Guarded<std::shared_ptr<ws_interface::IWSManagerInterface>> wsManager;
-  Guarded<std::shared_ptr<ws_interface::IWSInterface>> wsConnection;
+  // Every command copies it, from whichever thread.
+  SpreadPointer<ws_interface::IWSInterface> wsConnection;
 
   std::atomic<std::uint32_t> initState{kStateIdle};
   ConnectRequest connectRequested;
