@@ -1,4 +1,4 @@
-// The thread on which connections run, and its end.
+// A thread on which connections run, and its end.
 //
 // Threads: MakeWaker and Stop from any; MakeTransport on the I/O thread. Ownership: the thread owns the io_context and its
 // sockets; whoever holds this object holds only the door to it. So a waker that outlives the thread wakes nobody.

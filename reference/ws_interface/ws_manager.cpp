@@ -83,7 +83,7 @@ std::int32_t WsManager::Initialise(std::int32_t, std::uint32_t wsManagerValue) {
   try {
     const std::lock_guard<std::mutex> lock(managerMutex);
     timeout = std::chrono::milliseconds(wsManagerValue);
-    if (!ioThread) ioThread = std::make_shared<IoThread>();
+    if (!ioThread) ioThread = std::make_shared<SharedIoThread>();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& exception) {
@@ -134,7 +134,7 @@ void WsManager::DestroyWS(std::shared_ptr<ws_interface::IWSInterface> connection
 }
 
 void WsManager::Stop() {
-  std::shared_ptr<IoThread> ending;
+  std::shared_ptr<SharedIoThread> ending;
   {
     const std::lock_guard<std::mutex> lock(managerMutex);
     ending.swap(ioThread);
@@ -146,8 +146,8 @@ void WsManager::Stop() {
   if (ending) ending->Stop();
 }
 
-// One at a time rather than as a list, so that stopping needs no memory. Those of a thread that another has started
-// meanwhile are none.
+// One at a time rather than as a list, so that stopping needs no memory. Those of a share that another Initialise has
+// taken meanwhile are none.
 std::shared_ptr<Connection> WsManager::AnyStopped() {
   const std::lock_guard<std::mutex> lock(managerMutex);
   const auto found = std::find_if(connections.begin(), connections.end(),

@@ -1,4 +1,4 @@
-// Makes the connections and gives them their thread.
+// Makes the connections and gives them their share in a thread.
 //
 // Threads: every operation from any thread, from inside a notice too. Ownership: holds each connection until it is
 // destroyed or the manager stops; a connection object that outlives both answers with kNotConnected.
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "reference/ws_interface/connection.h"
-#include "reference/ws_interface/io_thread.h"
+#include "reference/ws_interface/shared_io_thread.h"
 #include "ws_interface/ws_manager_interface.h"
 
 namespace reference::ws {
@@ -43,7 +43,7 @@ class WsManager final : public ws_interface::IWSManagerInterface {
 
   std::mutex managerMutex;
   // Empty until Initialise and from Stop on.
-  std::shared_ptr<IoThread> ioThread;
+  std::shared_ptr<SharedIoThread> ioThread;
   std::chrono::milliseconds timeout{};
   std::vector<std::shared_ptr<Connection>> connections;
 };
