@@ -1,0 +1,1 @@
+// Nothing: what loading any library costs.
