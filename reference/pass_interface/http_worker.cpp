@@ -20,16 +20,11 @@ namespace {
 // libcurl waits shorter when one of its own time-outs comes first, and a wake-up ends any wait.
 constexpr int kLongestWaitMs = 60000;
 
-bool InitialiseLibcurl() {
-  reference::KeepOpenSslAtExit();
-  static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  return initialised;
-}
-
 struct MultiDeleter {
   void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
 
+using Multi = std::unique_ptr<CURLM, MultiDeleter>;
 using Transfers = std::vector<std::unique_ptr<HttpTransfer>>;
 
 }  // namespace
@@ -39,7 +34,7 @@ class HttpWorker::Loop {
   Loop() : multi(curl_multi_init()) { active.reserve(kMaximumOutstandingRequests); }
 
   bool IsUsable() const { return multi != nullptr; }
-  std::int32_t Submit(std::unique_ptr<HttpTransfer> transfer);
+  std::int32_t Submit(std::unique_ptr<HttpTransfer>& transfer);
   void Stop();
   // The thread's function.
   void Run() noexcept;
@@ -52,8 +47,8 @@ class HttpWorker::Loop {
   void Leave(Finish finish);
   void Wait();
 
-  // The only libcurl call that other threads make on it is the wake-up.
-  const std::unique_ptr<CURLM, MultiDeleter> multi;
+  // The only libcurl call that other threads make on it is the wake-up, under queueMutex. Empty when the thread is done.
+  Multi multi;
   // The thread's own. As many fit in as may be outstanding, so that taking one in cannot fail.
   Transfers active;
 
@@ -61,27 +56,24 @@ class HttpWorker::Loop {
   // Guarded by queueMutex.
   Transfers submitted;
   std::size_t outstanding = 0;
+  // Told to, or out of work.
   bool stopping = false;
 };
 
-std::int32_t HttpWorker::Loop::Submit(std::unique_ptr<HttpTransfer> transfer) {
-  {
-    const std::lock_guard<std::mutex> lock(queueMutex);
-    if (stopping) return kStopped;
-    if (outstanding >= kMaximumOutstandingRequests) return kTooManyRequests;
-    submitted.push_back(std::move(transfer));
-    ++outstanding;
-  }
+std::int32_t HttpWorker::Loop::Submit(std::unique_ptr<HttpTransfer>& transfer) {
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  if (stopping) return kStopped;
+  if (outstanding >= kMaximumOutstandingRequests) return kTooManyRequests;
+  submitted.push_back(std::move(transfer));
+  ++outstanding;
   curl_multi_wakeup(multi.get());
   return 0;
 }
 
 void HttpWorker::Loop::Stop() {
-  {
-    const std::lock_guard<std::mutex> lock(queueMutex);
-    stopping = true;
-  }
-  curl_multi_wakeup(multi.get());
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  stopping = true;
+  if (multi) curl_multi_wakeup(multi.get());
 }
 
 void HttpWorker::Loop::Run() noexcept {
@@ -91,14 +83,19 @@ void HttpWorker::Loop::Run() noexcept {
     int running = 0;
     curl_multi_perform(multi.get(), &running);
     FinishCompleted();
-    Wait();
+    if (!active.empty()) Wait();
   }
   active.clear();
+  // With the connections that it keeps for further requests. Swapped out, for closing them takes its time.
+  Multi ending;
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  ending.swap(multi);
 }
 
 bool HttpWorker::Loop::TakeSubmitted(Transfers& taken) {
   const std::lock_guard<std::mutex> lock(queueMutex);
   taken.swap(submitted);
+  if (taken.empty() && active.empty()) stopping = true;
   return !stopping;
 }
 
@@ -145,10 +142,15 @@ void HttpWorker::Loop::Wait() {
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
-std::unique_ptr<HttpWorker> HttpWorker::Start() {
-  if (!InitialiseLibcurl()) return nullptr;
+bool HttpWorker::PrepareLibcurl() {
+  reference::KeepOpenSslAtExit();
+  static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  return initialised;
+}
+
+std::unique_ptr<HttpWorker> HttpWorker::Start(std::unique_ptr<HttpTransfer> first) {
   auto loop = std::make_shared<Loop>();
-  if (!loop->IsUsable()) return nullptr;
+  if (!loop->IsUsable() || loop->Submit(first) != 0) return nullptr;
   std::unique_ptr<HttpWorker> worker(new HttpWorker(loop));
   try {
     worker->thread = std::thread([loop = std::move(loop), ticket = reference::ServiceThreadTicket()]() mutable {
@@ -171,8 +173,8 @@ HttpWorker::~HttpWorker() {
   Join();
 }
 
-std::int32_t HttpWorker::Submit(std::unique_ptr<HttpTransfer> transfer) {
-  return loop->Submit(std::move(transfer));
+std::int32_t HttpWorker::Submit(std::unique_ptr<HttpTransfer>& transfer) {
+  return loop->Submit(transfer);
 }
 
 void HttpWorker::RequestStop() {

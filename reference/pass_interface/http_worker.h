@@ -1,5 +1,5 @@
-// The thread that carries HTTP requests: one libcurl multi handle, on which they run beside each other and share
-// connections.
+// A thread that carries HTTP requests: one libcurl multi handle, on which they run beside each other and share
+// connections. It lasts until it has nothing more to do, so that a controller whose session stands costs no thread.
 //
 // Threads: every operation may be called from any thread, from inside a Done callback too. The Done callbacks are
 // called on the worker's thread one after another, with no lock held; while one runs, no request makes progress. One that
@@ -19,14 +19,17 @@ namespace pass_interface {
 
 class HttpWorker {
  public:
-  // Starts the thread. Empty when libcurl or the system has nothing to give.
-  static std::unique_ptr<HttpWorker> Start();
+  // To be called before the first transfer is made. False when libcurl cannot be used.
+  static bool PrepareLibcurl();
+  // Starts the thread with its first request. Empty when libcurl or the system has nothing to give.
+  static std::unique_ptr<HttpWorker> Start(std::unique_ptr<HttpTransfer> first);
   ~HttpWorker();
   HttpWorker(const HttpWorker&) = delete;
   HttpWorker& operator=(const HttpWorker&) = delete;
 
-  // 0: taken over, Done is called once unless the worker stops first. Otherwise a result of pass_result.h.
-  std::int32_t Submit(std::unique_ptr<HttpTransfer> transfer);
+  // 0: taken over, Done is called once unless the worker stops first. Otherwise a result of pass_result.h, kStopped also
+  // when the thread has run out of work; the transfer is then left with the caller.
+  std::int32_t Submit(std::unique_ptr<HttpTransfer>& transfer);
 
   // Wakes the thread, which drops every request without its callback and ends. Returns at once.
   void RequestStop();

@@ -69,19 +69,17 @@ void Deliver(Gate& gate, const std::string& tag, const std::string& host, HttpAn
 
 std::shared_ptr<RequestSession> RequestSession::Start(ServiceUrl url, Identity identity, HttpSettings settings,
                                                       const std::shared_ptr<IPassInterfaceNotic>& sink) {
-  std::unique_ptr<HttpWorker> worker = HttpWorker::Start();
-  if (!worker) return nullptr;
+  if (!HttpWorker::PrepareLibcurl()) return nullptr;
   return std::shared_ptr<RequestSession>(
-      new RequestSession(std::move(url), std::move(identity), std::move(settings), sink, std::move(worker)));
+      new RequestSession(std::move(url), std::move(identity), std::move(settings), sink));
 }
 
 RequestSession::RequestSession(ServiceUrl url, Identity identity, HttpSettings settings,
-                               const std::shared_ptr<IPassInterfaceNotic>& sink, std::unique_ptr<HttpWorker> worker)
+                               const std::shared_ptr<IPassInterfaceNotic>& sink)
     : url(std::move(url)),
       identity(std::move(identity)),
       settings(std::move(settings)),
-      gate(std::make_shared<Gate>(sink)),
-      worker(std::move(worker)) {}
+      gate(std::make_shared<Gate>(sink)) {}
 
 std::int32_t RequestSession::RequestPhoneConnect(const char* targetId, const char* text1, const char* text2) {
   return Issue<PhoneConnectCall>(PhoneConnectBody(identity, targetId, text1, text2));
@@ -98,13 +96,32 @@ std::int32_t RequestSession::Issue(std::string body) {
       [held = gate, tag = NextTag(), host = url.Host(), answer = std::make_shared<typename Call::Answer>()](
           HttpAnswer http) { Deliver<Call>(*held, tag, host, std::move(http), answer); });
   if (!transfer) return kNoResources;
-  return worker->Submit(std::move(transfer));
+  return Submit(std::move(transfer));
+}
+
+std::int32_t RequestSession::Submit(std::unique_ptr<HttpTransfer> transfer) {
+  // Destroyed after the lock: that waits for the last steps of a thread.
+  std::unique_ptr<HttpWorker> ended;
+  const std::lock_guard<std::mutex> lock(workerMutex);
+  if (stopped) return kStopped;
+  if (worker) {
+    const std::int32_t result = worker->Submit(transfer);
+    if (result != kStopped) return result;
+  }
+  ended = std::exchange(worker, HttpWorker::Start(std::move(transfer)));
+  return worker ? 0 : kNoResources;
 }
 
 void RequestSession::Stop() {
-  worker->RequestStop();
+  HttpWorker* stopping = nullptr;
+  {
+    const std::lock_guard<std::mutex> lock(workerMutex);
+    stopped = true;
+    stopping = worker.get();
+  }
+  if (stopping != nullptr) stopping->RequestStop();
   gate->Close();
-  worker->Join();
+  if (stopping != nullptr) stopping->Join();
 }
 
 }  // namespace pass_interface

@@ -1,4 +1,4 @@
-// What lies between one Initialise and its Stop: the settings, the worker thread and the gate through which the notices
+// What lies between one Initialise and its Stop: the settings, the worker thread while there is work, and the gate through which the notices
 // leave.
 //
 // Threads: every operation may be called from any thread, from inside a notice too.
@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "pass_interface/pass_interface_notic.h"
@@ -20,7 +21,7 @@ namespace pass_interface {
 
 class RequestSession {
  public:
-  // Empty when there are no resources for the worker.
+  // Empty when libcurl cannot be used.
   static std::shared_ptr<RequestSession> Start(ServiceUrl url, Identity identity, HttpSettings settings,
                                                const std::shared_ptr<IPassInterfaceNotic>& sink);
 
@@ -32,15 +33,20 @@ class RequestSession {
 
  private:
   RequestSession(ServiceUrl url, Identity identity, HttpSettings settings,
-                 const std::shared_ptr<IPassInterfaceNotic>& sink, std::unique_ptr<HttpWorker> worker);
+                 const std::shared_ptr<IPassInterfaceNotic>& sink);
   template <class Call>
   std::int32_t Issue(std::string body);
+  std::int32_t Submit(std::unique_ptr<HttpTransfer> transfer);
 
   const ServiceUrl url;
   const Identity identity;
   const HttpSettings settings;
   const std::shared_ptr<reference::NoticeGate<IPassInterfaceNotic>> gate;
-  const std::unique_ptr<HttpWorker> worker;
+
+  std::mutex workerMutex;
+  // Guarded by workerMutex. Empty before the first request; replaced when it has run out of work, but not once stopped.
+  std::unique_ptr<HttpWorker> worker;
+  bool stopped = false;
 };
 
 }  // namespace pass_interface

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "pass_interface/pass_interface.h"
+#include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
 #include "tests/reference/common/moment.h"
 #include "tests/reference/common/notice_record.h"
@@ -104,6 +105,15 @@ TEST_F(PassServiceTest, ARefusedConnectionIsReportedOnceWithARecord) {
   ASSERT_TRUE(sink->WaitFor("refresh-session"));
   service->Stop();
   EXPECT_EQ(sink->Lines(), (std::vector<std::string>{kCouldNotConnect, "refresh-session 7 0 -1 request-"}));
+}
+
+TEST_F(PassServiceTest, AThreadLastsAsLongAsThereIsWorkAndTheNextRequestBringsAnother) {
+  InitialiseAndConnect(RefusingUrl());
+  for (std::ptrdiff_t answers = 1; answers <= 2; ++answers) {
+    ASSERT_TRUE(sink->WaitFor(kCouldNotConnect, answers));
+    EXPECT_TRUE(reference::WaitForServiceThreads(kPatience));
+    EXPECT_EQ(Connect(*service), 0);
+  }
 }
 
 TEST_F(PassServiceTest, AnswersAreJudgedByStatusThenLengthThenContent) {
