@@ -9,8 +9,11 @@
 #include <boost/asio/read.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <future>
+#include <mutex>
+#include <set>
 #include <thread>
 
+#include "reference/common/service_threads.h"
 #include "reference/ws_interface/result_codes.h"
 #include "tests/reference/common/moment.h"
 #include "tests/reference/ws_interface/recording_sink.h"
@@ -124,6 +127,31 @@ TEST_F(WsManagerTest, StopDoesNotWaitForASilentPeerAndEndsTheNotices) {
   EXPECT_EQ(sink->Lines(), (Lines{"state 1", "step 5"}));
   EXPECT_EQ(connection->SendDummyReq(), kNotConnected);
   EXPECT_EQ(connection->SetSessionId("s-2"), kTaken);
+}
+
+TEST_F(WsManagerTest, ManagersShareAThreadACoreWhichEndsWithTheLastOfThem) {
+  const SilentPeer peer;
+  const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  std::vector<std::shared_ptr<WsManager>> managers(2 * cores);
+  for (auto& each : managers) {
+    each = manager = std::make_shared<WsManager>();
+    sink = std::make_shared<RecordingSink>();
+    sink->inside = [&](const std::string&) {
+      const std::lock_guard<std::mutex> lock(mutex);
+      threads.insert(std::this_thread::get_id());
+    };
+    manager->Initialise(10, 60000);
+    Create(peer.Url());
+    ASSERT_TRUE(sink->WaitFor("step 5"));
+  }
+  EXPECT_EQ(threads.size(), cores);
+  for (const auto& each : managers) {
+    EXPECT_FALSE(WaitForServiceThreads({}));
+    each->Stop();
+  }
+  EXPECT_TRUE(WaitForServiceThreads({}));
 }
 
 // The sink is the manager's owner, as the library's controller is.
