@@ -88,9 +88,10 @@ class SpreadPointer {
     BriefLock lock;
     Pointer pointer QV_GUARDED_BY(lock);
   };
-  // What a copy counts. Aligned, so that no two counts share a cache line.
-  struct alignas(kCacheLine) Share {
+  // What a copy counts. As long as a cache line, so that no two counts share one.
+  struct Share {
     Pointer original;
+    std::byte distance[kCacheLine];
   };
   using Copies = std::array<Pointer, kSlots>;
 
@@ -105,7 +106,7 @@ class SpreadPointer {
   static Copies Spread(const Pointer& original) {
     Copies copies;
     if (!original) return copies;
-    for (Pointer& copy : copies) copy = Pointer(std::make_shared<Share>(Share{original}), original.get());
+    for (Pointer& copy : copies) copy = Pointer(std::make_shared<Share>(Share{original, {}}), original.get());
     return copies;
   }
 
