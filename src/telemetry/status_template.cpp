@@ -24,7 +24,7 @@ void StatusTemplate::MakeLocked() {
 std::shared_ptr<StatusTemplate::Message> StatusTemplate::Snapshot(int collectType, int collectStatus, int errorCode,
                                                                   const char* detail, const char* extra) const {
   auto message = std::make_shared<Message>();
-  auto status = std::make_shared<Status>();
+  std::shared_ptr<Status> status = sentStatuses.TakeOne();
   {
     const MutexLock lock(collectMutex);
     if (!messageCollect) return nullptr;

@@ -9,6 +9,7 @@
 
 #include "pass_interface/message_collect.h"
 #include "sync/mutex.h"
+#include "telemetry/record_shelf.h"
 
 namespace qv_data_interface {
 
@@ -41,6 +42,9 @@ class StatusTemplate {
 
  private:
   void MakeLocked() QV_REQUIRES(collectMutex);
+
+  // Synchronises itself.
+  mutable RecordShelf<Status> sentStatuses;
 
   mutable Mutex collectMutex;
   // Set once, never replaced. statusData is what messageCollect carries as its data.
