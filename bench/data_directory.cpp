@@ -1,8 +1,10 @@
 #include "bench/data_directory.h"
 
 #include <random>
+#include <stdexcept>
 #include <string>
 
+#include "qv_data_interface/qv_data_interface.h"
 #include "reference/common/settings.h"
 
 namespace bench {
@@ -12,6 +14,12 @@ struct Directory {
   Directory() : path(std::filesystem::temp_directory_path() / ("qv_bench-" + std::to_string(std::random_device()()))) {
     std::filesystem::create_directories(path);
     reference::SetDataDirectory(path);
+    // The log as a host has it when it changes nothing but the place.
+    qv_data_interface::QvLogParam log;
+    const std::string text = (path / "log").string();
+    if (text.size() >= sizeof log.path) throw std::length_error("the temporary directory's name is too long");
+    log.path[text.copy(log.path, text.size())] = '\0';
+    qv_data_interface::IQVDataInterface::SetLogParam(&log);
   }
   ~Directory() {
     std::error_code ignored;

@@ -1,4 +1,4 @@
-// The directory that this run keeps everything in: a new one, removed when the program ends.
+// The directory that this run keeps everything in, the log as well: a new one, removed when the program ends.
 #ifndef BENCH_DATA_DIRECTORY_H
 #define BENCH_DATA_DIRECTORY_H
 
@@ -6,7 +6,7 @@
 
 namespace bench {
 
-// Made and given to the reference services at the first call. Throws std::filesystem::filesystem_error.
+// Made and given to the reference services and the logger at the first call. Throws std::filesystem::filesystem_error.
 const std::filesystem::path& DataDirectory();
 
 }  // namespace bench
