@@ -27,7 +27,7 @@ class Backoff {
   void Reset() { limit = kFirstLimit; }
 
  private:
-  std::mt19937 random;
+  std::minstd_rand random;
   std::chrono::milliseconds limit = kFirstLimit;
 };
 

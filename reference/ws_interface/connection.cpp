@@ -2,6 +2,8 @@
 // connection.
 #include "reference/ws_interface/connection.h"
 
+#include <atomic>
+#include <cstdint>
 #include <exception>
 #include <random>
 #include <utility>
@@ -20,6 +22,13 @@ constexpr std::int32_t kStepConnected = 0;
 constexpr std::int32_t kStepResolved = 5;
 constexpr std::int32_t kDefaultFormat = 264;
 
+// The system is asked once a process: on a virtual machine that takes a tenth of a millisecond.
+std::uint32_t NewSeed() {
+  static std::atomic<std::uint32_t> next{std::random_device()()};
+  constexpr std::uint32_t kStep = 0x9E3779B9;
+  return next += kStep;
+}
+
 }  // namespace
 
 Connection::Connection(ConnectionSettings settings, std::weak_ptr<ws_interface::IWSInterfaceNotic> sink,
@@ -29,7 +38,7 @@ Connection::Connection(ConnectionSettings settings, std::weak_ptr<ws_interface::
       reactor(std::move(reactor)),
       gate(std::move(sink)),
       sessionId(this->settings.auth.sessionId),
-      backoff(std::random_device()()),
+      backoff(NewSeed()),
       video(this->settings.video) {}
 
 void Connection::Start() {
