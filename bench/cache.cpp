@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/cloud_in_use.h"
 #include "bench/data_directory.h"
 #include "bench/manual_times.h"
 #include "bench/phone.h"
@@ -99,6 +100,7 @@ BareCache& TheBareCache() {
 // processor's caches cold.
 template <class Work>
 void HitLoop(benchmark::State& state, const Work& work) {
+  EmptyTheCache();
   Phone phone;
   phone.ConnectSilently();
   ManualTimes times(state);
@@ -138,6 +140,7 @@ void FloorOfWrite(benchmark::State& state) {
 }
 
 void Write(benchmark::State& state) {
+  EmptyTheCache();
   Phone phone;
   phone.ConnectSilently();
   const auto session = std::make_shared<InstanceInfo>(GrantedSession());

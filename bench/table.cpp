@@ -48,7 +48,7 @@ constexpr Row kRows[] = {
     {"connect with a hit, 100 ms of delay", "delay/hit, 100 ms", "with a miss", "delay/miss, 100 ms", {}},
     {"memory of an idle controller", "memory/controllers", "", "", {}, Unit::kBytes, "idle"},
     {"memory of a connected controller", "memory/controllers", "", "", {}, Unit::kBytes, "connected"},
-    {"growth of the heap a connect, over 10,000 connects", "memory/growth", "", "", 1, Unit::kBytes, "growth"},
+    {"growth of the heap a connect, 5,001st to 10,000th", "memory/growth", "", "", 16, Unit::kBytes, "growth"},
     {"loading the library", "load/library", "dlopen of an empty library", "load/empty library", {}},
 };
 
