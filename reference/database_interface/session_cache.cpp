@@ -10,7 +10,8 @@ using reference::sqlite::Rows;
 using reference::sqlite::Transaction;
 
 // With WAL, NORMAL loses no row when the process dies; a power cut may take the last ones, and costs a request each. An
-// empty file is worth no waiting for the disk, least of all in the first connection.
+// empty file is worth no waiting for the disk, least of all in the first connection. The table has row ids, for with them a
+// cipher text of usual length fits into its page.
 constexpr char kSetup[] = R"(
   PRAGMA synchronous=OFF;
   PRAGMA journal_mode=WAL;
@@ -18,7 +19,7 @@ constexpr char kSetup[] = R"(
     cache_key TEXT PRIMARY KEY,
     cipher_text TEXT NOT NULL,
     expiry INTEGER NOT NULL    -- ms since 1970-01-01 UTC
-  ) STRICT, WITHOUT ROWID;
+  ) STRICT;
   PRAGMA synchronous=NORMAL;
 )";
 
@@ -39,8 +40,12 @@ std::int32_t SessionCache::SaveSessionCache(const char* cacheKey, const char* ci
   const bool stored = store.Use([&](Connection& database) {
     Transaction transaction(database);
     database.Run("DELETE FROM session_cache WHERE expiry <= ?1", NowMs());
-    database.Run("INSERT OR REPLACE INTO session_cache (cache_key, cipher_text, expiry) VALUES (?1, ?2, ?3)", cacheKey,
-                 cipherText, expiry);
+    // Changes a row in its place, where replacing it would write the index too.
+    database.Run(
+        "INSERT INTO session_cache (cache_key, cipher_text, expiry) VALUES (?1, ?2, ?3) ON CONFLICT (cache_key) DO "
+        "UPDATE "
+        "SET cipher_text = excluded.cipher_text, expiry = excluded.expiry",
+        cacheKey, cipherText, expiry);
     transaction.Commit();
   });
   return stored ? 0 : -1;
