@@ -33,10 +33,13 @@ class BareCache {
                           SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr) == SQLITE_OK);
     Check(sqlite3_exec(database,
                        "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; CREATE TABLE session_cache (cache_key TEXT "
-                       "PRIMARY KEY, cipher_text TEXT NOT NULL, expiry INTEGER NOT NULL) STRICT, WITHOUT ROWID",
+                       "PRIMARY KEY, cipher_text TEXT NOT NULL, expiry INTEGER NOT NULL) STRICT",
                        nullptr, nullptr, nullptr) == SQLITE_OK);
     Prepare("SELECT cipher_text FROM session_cache WHERE cache_key = ?1 AND expiry > ?2", select);
-    Prepare("INSERT OR REPLACE INTO session_cache VALUES (?1, ?2, ?3)", upsert);
+    Prepare(
+        "INSERT INTO session_cache VALUES (?1, ?2, ?3) ON CONFLICT (cache_key) DO UPDATE SET cipher_text = "
+        "excluded.cipher_text, expiry = excluded.expiry",
+        upsert);
   }
   ~BareCache() {
     sqlite3_finalize(select);

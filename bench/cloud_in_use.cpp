@@ -37,7 +37,7 @@ void EmptyTheCache() {
   const int result =
       sqlite3_exec(database,
                    "CREATE TABLE IF NOT EXISTS session_cache (cache_key TEXT PRIMARY KEY, cipher_text TEXT NOT NULL, "
-                   "expiry INTEGER NOT NULL) STRICT, WITHOUT ROWID; DELETE FROM session_cache",
+                   "expiry INTEGER NOT NULL) STRICT; DELETE FROM session_cache",
                    nullptr, nullptr, nullptr);
   sqlite3_close(database);
   if (result != SQLITE_OK) throw std::runtime_error("the session cache cannot be emptied");
