@@ -182,7 +182,7 @@ TEST_F(ConversationTest, AMalformedRequestIsNotGranted) {
 }
 
 TEST(Authority, AFileThatCannotBeWrittenIsNamedAndNoKeyWouldStandInIt) {
-  const std::string pem = MakeAuthority().Pem();
+  const std::string pem = MakeAuthority("an authority").Pem();
   EXPECT_TRUE(pem.starts_with("-----BEGIN CERTIFICATE-----"));
   EXPECT_EQ(pem.find("PRIVATE"), std::string::npos);
   CloudOptions options;

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <stdexcept>
+#include <utility>
 
 namespace qv_cloud {
 namespace {
@@ -74,7 +75,7 @@ Certificate MakeCertificate(const CertificateRequest& request, const Certificate
   Require(X509_set_issuer_name(certificate, X509_get_subject_name(signer)) == 1, "issuer");
 
   AddExtension(certificate, signer, NID_basic_constraints,
-               request.isAuthority ? "critical,CA:TRUE,pathlen:0" : "critical,CA:FALSE");
+               request.isAuthority ? "critical,CA:TRUE" : "critical,CA:FALSE");
   AddExtension(certificate, signer, NID_key_usage,
                request.isAuthority ? "critical,keyCertSign,cRLSign" : "critical,digitalSignature");
   AddExtension(certificate, signer, NID_subject_key_identifier, "hash");
@@ -89,37 +90,39 @@ Certificate MakeCertificate(const CertificateRequest& request, const Certificate
   return made;
 }
 
-Certificate MakeAuthority() {
+Certificate MakeAuthority(const char* name, const Certificate* issuer) {
   CertificateRequest request;
-  request.commonName = "qv_cloud authority";
+  request.commonName = name;
   request.isAuthority = true;
-  return MakeCertificate(request, nullptr);
+  return MakeCertificate(request, issuer);
 }
 
-Certificate MakeServerCertificate(ServedCertificate kind, const Certificate& authority) {
+ServedChain MakeServerChain(ServedCertificate kind, const Certificate& authority) {
   CertificateRequest request;
   request.commonName = "localhost";
   request.subjectNames = "DNS:localhost,IP:127.0.0.1";
-  switch (kind) {
-    case ServedCertificate::valid:
-      break;
-    case ServedCertificate::expired:
-      request.notBefore = -std::chrono::hours(2);
-      request.notAfter = -std::chrono::hours(1);
-      break;
-    case ServedCertificate::notYetValid:
-      request.notBefore = std::chrono::hours(1);
-      break;
-    case ServedCertificate::wrongHost:
-      request.commonName = "elsewhere.example";
-      request.subjectNames = "DNS:elsewhere.example";
-      break;
-    case ServedCertificate::selfSigned:
-      return MakeCertificate(request, nullptr);
-    case ServedCertificate::unknownAuthority:
-      return MakeCertificate(request, std::make_unique<Certificate>(MakeAuthority()).get());
+  if (kind == ServedCertificate::expired) {
+    request.notBefore = -std::chrono::hours(2);
+    request.notAfter = -std::chrono::hours(1);
+  } else if (kind == ServedCertificate::notYetValid) {
+    request.notBefore = std::chrono::hours(1);
+  } else if (kind == ServedCertificate::wrongHost) {
+    request.commonName = "elsewhere.example";
+    request.subjectNames = "DNS:elsewhere.example";
   }
-  return MakeCertificate(request, &authority);
+  ServedChain served;
+  if (kind == ServedCertificate::selfSigned) {
+    served.leaf = MakeCertificate(request, nullptr);
+    return served;
+  }
+  const bool isKnown = kind != ServedCertificate::unknownAuthority;
+  Certificate unknown = MakeAuthority("unknown authority");
+  Certificate intermediate = MakeAuthority("qv_cloud intermediate", isKnown ? &authority : &unknown);
+  served.leaf = MakeCertificate(request, &intermediate);
+  if (kind != ServedCertificate::missingIntermediate) served.above.push_back(std::move(intermediate));
+  // Its root as well, so that nothing is wrong with the chain but whom it ends with.
+  if (!isKnown) served.above.push_back(std::move(unknown));
+  return served;
 }
 
 }  // namespace qv_cloud

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tools/qv_cloud/cloud.h"
 
@@ -39,10 +40,15 @@ struct CertificateRequest {
 // Signed by the issuer; by itself when there is none.
 Certificate MakeCertificate(const CertificateRequest& request, const Certificate* issuer);
 
-Certificate MakeAuthority();
+// Signed by the issuer, like MakeCertificate.
+Certificate MakeAuthority(const char* name, const Certificate* issuer = nullptr);
 
-// What a server on this machine presents.
-Certificate MakeServerCertificate(ServedCertificate kind, const Certificate& authority);
+// What a server on this machine presents, and the certificates of authorities that it sends with its own.
+struct ServedChain {
+  Certificate leaf;
+  std::vector<Certificate> above;
+};
+ServedChain MakeServerChain(ServedCertificate kind, const Certificate& authority);
 
 }  // namespace qv_cloud
 

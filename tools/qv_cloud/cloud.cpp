@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "tools/qv_cloud/admission.h"
 #include "tools/qv_cloud/certificates.h"
 #include "tools/qv_cloud/http_connection.h"
 #include "tools/qv_cloud/listener.h"
@@ -66,14 +67,25 @@ void WriteFile(const std::filesystem::path& path, const std::string& text) {
   if (!file) throw std::runtime_error("cannot write the authority's certificate to " + path.string());
 }
 
-// The context has copies of its own of certificate and key.
-void SetUpTls(net::ssl::context& context, const Certificate& server) {
+// OpenSSL takes part in so old a version at its lowest level of security only.
+bool SetVersions(SSL_CTX* context, bool isOld) {
+  if (!isOld) return SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION) == 1;
+  return SSL_CTX_set_min_proto_version(context, TLS1_VERSION) == 1 &&
+         SSL_CTX_set_max_proto_version(context, TLS1_1_VERSION) == 1 &&
+         SSL_CTX_set_cipher_list(context, "DEFAULT:@SECLEVEL=0") == 1;
+}
+
+// The context has copies of its own of certificates and key.
+void SetUpTls(net::ssl::context& context, ServedCertificate kind, const Certificate& authority) {
+  const ServedChain server = MakeServerChain(kind, authority);
   SSL_CTX* const native = context.native_handle();
-  if (SSL_CTX_set_min_proto_version(native, TLS1_2_VERSION) != 1 ||
-      SSL_CTX_use_certificate(native, server.certificate.get()) != 1 ||
-      SSL_CTX_use_PrivateKey(native, server.key.get()) != 1) {
-    throw std::runtime_error("OpenSSL refuses the server's certificate");
+  bool succeeded = SetVersions(native, kind == ServedCertificate::oldProtocol) &&
+                   SSL_CTX_use_certificate(native, server.leaf.certificate.get()) == 1 &&
+                   SSL_CTX_use_PrivateKey(native, server.leaf.key.get()) == 1;
+  for (const Certificate& issuer : server.above) {
+    succeeded = succeeded && SSL_CTX_add1_chain_cert(native, issuer.certificate.get()) == 1;
   }
+  if (!succeeded) throw std::runtime_error("OpenSSL refuses the server's certificate");
 }
 
 }  // namespace
@@ -81,12 +93,19 @@ void SetUpTls(net::ssl::context& context, const Certificate& server) {
 struct Cloud::Running {
   explicit Running(CloudOptions given) : state(Checked(std::move(given))) {
     if (!state.options.plain) MakeCertificates();
-    net::ssl::context* const tlsOrNone = tls ? &*tls : nullptr;
-    http.emplace(io, [this, tlsOrNone](auto socket) { ServeHttp(std::move(socket), tlsOrNone, state); });
+    net::ssl::context* const httpTls = tls ? &*tls : nullptr;
+    http.emplace(io, [this, httpTls](auto socket) {
+      Admit(std::move(socket), Service::http, httpTls, state,
+            [this, httpTls](auto admitted) { ServeHttp(std::move(admitted), httpTls, state); });
+    });
     for (Line& line : state.lines) {
-      listeners.push_back(std::make_unique<Listener>(io, [this, tlsOrNone, code = line.ispCode](auto socket) {
-        std::erase_if(connections, [](const auto& connection) { return connection.expired(); });
-        connections.push_back(ServeSignalling(std::move(socket), tlsOrNone, state, code));
+      listeners.push_back(std::make_unique<Listener>(io, [this, code = line.ispCode](auto socket) {
+        state.observation.Change([code](CloudStats& stats) { ++stats.lines[code].attempts; });
+        net::ssl::context* const secure = lineTls ? &*lineTls : nullptr;
+        Admit(std::move(socket), Service::signalling, secure, state, [this, secure, code](auto admitted) {
+          std::erase_if(connections, [](const auto& connection) { return connection.expired(); });
+          connections.push_back(ServeSignalling(std::move(admitted), secure, state, code));
+        });
       }));
       line.port = listeners.back()->Port();
       state.observation.Change([&line](CloudStats& stats) { stats.lines[line.ispCode]; });
@@ -113,9 +132,9 @@ struct Cloud::Running {
   void MakeCertificates() {
     authorityFile = state.options.authorityFile;
     if (authorityFile.empty()) authorityFile = temporary.emplace().path / "authority.pem";
-    const Certificate authority = MakeAuthority();
-    tls.emplace(net::ssl::context::tls_server);
-    SetUpTls(*tls, MakeServerCertificate(state.options.certificate, authority));
+    const Certificate authority = MakeAuthority("qv_cloud authority");
+    SetUpTls(tls.emplace(net::ssl::context::tls_server), state.options.certificate, authority);
+    SetUpTls(lineTls.emplace(net::ssl::context::tls_server), state.options.lineCertificate, authority);
     WriteFile(authorityFile, authority.Pem());
   }
 
@@ -124,6 +143,7 @@ struct Cloud::Running {
   std::optional<TemporaryDirectory> temporary;
   std::filesystem::path authorityFile;
   std::optional<net::ssl::context> tls;
+  std::optional<net::ssl::context> lineTls;
   std::vector<std::weak_ptr<WsConnection>> connections;  // the thread only
   net::io_context io{1};
   std::optional<Listener> http;

@@ -27,12 +27,25 @@ inline constexpr std::int32_t kSessionRefused = 60101001;
 // The error after which the frames pause until the client goes on with a renewed session.
 inline constexpr std::uint32_t kSessionExpired = 60103013;
 
-enum class ServedCertificate { valid, expired, notYetValid, wrongHost, selfSigned, unknownAuthority };
+// The server sends the intermediate authority's certificate with its own, except with missingIntermediate. oldProtocol: a
+// valid certificate, but nothing newer than TLS 1.1.
+enum class ServedCertificate {
+  valid,
+  expired,
+  notYetValid,
+  wrongHost,
+  selfSigned,
+  unknownAuthority,
+  missingIntermediate,
+  oldProtocol
+};
 
-enum class HttpAnswer { normal, garbage, never, closed };
+// half: the answer is cut in its middle, and nothing follows.
+enum class HttpAnswer { normal, garbage, never, closed, half };
 
-// The steps of a signalling connection in their order; each is reached when it has succeeded.
-enum class Step { none, accept, tls, upgrade, auth, play, firstFrame };
+// The steps of a connection in their order; each is reached when it has succeeded. hello, of TLS only: half of the
+// answer to the client's first message has gone out.
+enum class Step { none, accept, hello, tls, upgrade, auth, play, firstFrame };
 
 // What can go wrong. The defaults: nothing. Codes of 0 and counts of 0 switch a fault off.
 struct Faults {
@@ -42,10 +55,17 @@ struct Faults {
   HttpAnswer httpAnswer = HttpAnswer::normal;
   std::uint32_t httpLateMs = 0;
 
-  Step closeAt = Step::none;    // the connection is dropped as soon as it has reached the step
-  Step silentAt = Step::none;   // auth or play: that message is never answered
-  Step garbageAt = Step::none;  // auth: malformed JSON instead of the answer; play: after the answer
-  bool stopReading = false;     // nothing is read any more after play
+  // An HTTP connection is dropped, says nothing more or sends garbage when it has reached the step: accept, hello, tls.
+  Step httpCloseAt = Step::none;
+  Step httpSilentAt = Step::none;
+  Step httpGarbageAt = Step::none;
+  // A signalling connection, likewise. Silent at auth or play: that message is not answered; elsewhere: nothing is said
+  // any more, not even to a ping. Garbage at auth: malformed JSON instead of the answer; play: after the answer.
+  Step closeAt = Step::none;
+  Step silentAt = Step::none;
+  Step garbageAt = Step::none;
+  std::uint32_t silentMs = 0;  // when not 0: the silence at accept, tls, auth or play ends after so long
+  bool stopReading = false;    // nothing is read any more after play
 
   std::uint32_t errorCode = 0;         // reported once, to the first connection that meets the condition:
   std::uint32_t errorAfterMs = 0;      // so long after its play,
@@ -59,10 +79,13 @@ struct CloudOptions {
   bool plain = false;                   // http and ws, without TLS
   std::filesystem::path authorityFile;  // where the authority's PEM goes; empty: a new temporary directory
   ServedCertificate certificate = ServedCertificate::valid;
+  ServedCertificate lineCertificate = ServedCertificate::valid;
   std::chrono::milliseconds sessionValidity = std::chrono::hours(1);
   std::string sessionPrefix = "s-";    // what the id of each session begins with
   std::chrono::milliseconds delay{0};  // added to each HTTP answer and each message to the client, without reordering
   std::size_t framePayload = 1024;     // bytes, at most kMaxFramePayload
+  std::string lineHost = "localhost";  // where clients are told that the lines are
+  std::uint16_t linePort = 0;          // told instead of the true ports when not 0
   Faults faults;
   // Told of each event in a line of text without secrets, on the cloud's thread and with no lock held. May be empty.
   // REQUIRES: it does not throw, and does not destroy the Cloud.
@@ -92,6 +115,7 @@ struct CloudStats {
   std::uint64_t renewals = 0;        // session messages whose session was accepted
   std::uint64_t framesSent = 0;      // handed to a connection
   std::uint64_t errorsReported = 0;  // error messages sent
+  std::uint64_t faultsMet = 0;       // by connections that reached a step at which one is switched on
   std::uint64_t malformed = 0;       // HTTP requests and messages that were refused as malformed
   std::map<std::uint32_t, LineStats> lines;
   std::vector<ReceivedCommand> commands;  // the first kMaxCommandsKept

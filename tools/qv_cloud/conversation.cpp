@@ -60,17 +60,16 @@ void Conversation::HandleMessage(const Json::Value& message, Time now, Reply& re
 void Conversation::HandleAuth(const Json::Value& message, Time now, Reply& reply) {
   const std::string sessionId = ReadText(message, "sessionId");
   for (const char* key : {"credential1", "targetId", "version"}) ReadTextOr(message, key, "");
-  const Faults faults = state.switches.Get();
   state.observation.Change([](CloudStats& stats) { ++stats.authentications; });
-  ReachStep(Step::auth, faults, reply);
-  if (reply.end != Reply::End::no || faults.silentAt == Step::auth) return;
-  if (faults.garbageAt == Step::auth) {
+  const Fault fault = ReachStep(Step::auth, reply);
+  if (!IsAnswered(fault, reply)) return;
+  if (fault == Fault::garbage) {
     reply.messages.push_back(Outgoing{false, kGarbage});
     return;
   }
 
   Json::Value answer = MessageOf("authRsp");
-  if (state.sessions.Authenticate(sessionId, now, faults.expireSessions)) {
+  if (state.sessions.Authenticate(sessionId, now, state.switches.Get().expireSessions)) {
     answer["code"] = 0;
     answer["message"] = "success";
     answer["formats"] = "264,265";
@@ -93,11 +92,10 @@ void Conversation::HandlePlay(const Json::Value& message, Time now, Reply& reply
   height = ReadUnsigned<std::uint16_t>(message, "height");
   frameRate = ReadUnsigned<std::uint16_t>(message, "frameRate");
   bitRate = ReadUnsigned<std::uint32_t>(message, "bitRate");
-  const Faults faults = state.switches.Get();
   state.observation.Change([](CloudStats& stats) { ++stats.plays; });
   Event("play " + std::to_string(videoFormat) + " at " + std::to_string(frameRate) + " frames a second");
-  ReachStep(Step::play, faults, reply);
-  if (reply.end != Reply::End::no || faults.silentAt == Step::play) return;
+  const Fault fault = ReachStep(Step::play, reply);
+  if (!IsAnswered(fault, reply)) return;
 
   Json::Value answer = MessageOf("playRsp");
   for (const std::uint32_t value : {0U, 0U, videoFormat, std::uint32_t{width}, std::uint32_t{height},
@@ -105,7 +103,7 @@ void Conversation::HandlePlay(const Json::Value& message, Time now, Reply& reply
     answer["values"].append(value);
   }
   Send(reply, answer);
-  if (faults.garbageAt == Step::play) reply.messages.push_back(Outgoing{false, kGarbage});
+  if (fault == Fault::garbage) reply.messages.push_back(Outgoing{false, kGarbage});
   stage = Stage::playing;
   playedAt = now;
   nextFrame = now;
@@ -167,7 +165,9 @@ Reply Conversation::OnWake(Time now) {
   const std::optional<Time> due = NextFrameTime();
   if (due && *due <= now) {
     SendFrame(now, reply);
-    if (framesSent == 1) ReachStep(Step::firstFrame, faults, reply);
+    const Fault fault = framesSent == 1 ? ReachStep(Step::firstFrame, reply) : Fault::none;
+    if (fault == Fault::silent) reply.end = Reply::End::vanish;
+    if (fault == Fault::garbage) reply.messages.push_back(Outgoing{true, kGarbage});
     const bool dropDue = faults.dropAfterFrames != 0 && framesSent >= faults.dropAfterFrames;
     if (dropDue && state.switches.TakeDrop()) {
       Event("dropped after " + std::to_string(framesSent) + " frames");
@@ -227,10 +227,20 @@ void Conversation::SendError(std::uint32_t code, const char* message, Reply& rep
   Event("error " + std::to_string(code));
 }
 
-void Conversation::ReachStep(Step step, const Faults& faults, Reply& reply) {
-  if (faults.closeAt != step) return;
-  Event("dropped as the faults ask");
-  reply.end = Reply::End::drop;
+Fault Conversation::ReachStep(Step step, Reply& reply) {
+  const Fault fault = state.FaultAt(Service::signalling, step);
+  if (fault == Fault::close) {
+    Event("dropped as the faults ask");
+    reply.end = Reply::End::drop;
+  }
+  return fault;
+}
+
+bool Conversation::IsAnswered(Fault fault, Reply& reply) const {
+  if (fault == Fault::close) return false;
+  if (fault != Fault::silent) return true;
+  reply.after = std::chrono::milliseconds(state.switches.Get().silentMs);
+  return reply.after.count() != 0;
 }
 
 Reply Conversation::Refuse(const std::string& reason) {

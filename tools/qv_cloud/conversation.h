@@ -23,10 +23,12 @@ struct Outgoing {
   std::string bytes;
 };
 
-// The messages to send, and whether the connection ends behind them: with a closing hand-shake, or dropped.
+// The messages to send, and whether the connection ends behind them: with a closing hand-shake, dropped, or silent from
+// then on.
 struct Reply {
-  enum class End { no, close, drop };
+  enum class End { no, close, drop, vanish };
   std::vector<Outgoing> messages;
+  std::chrono::milliseconds after{0};  // how much later than otherwise
   End end = End::no;
 };
 
@@ -56,7 +58,10 @@ class Conversation {
 
   void SendError(std::uint32_t code, const char* message, Reply& reply);
   void SendFrame(Time now, Reply& reply);
-  void ReachStep(Step step, const Faults& faults, Reply& reply);
+  // Says what is to go wrong; the closing is arranged already.
+  Fault ReachStep(Step step, Reply& reply);
+  // Says whether the message is answered at all; it may be later.
+  bool IsAnswered(Fault fault, Reply& reply) const;
   Reply Refuse(const std::string& reason);
   void Event(const std::string& what) const;
 

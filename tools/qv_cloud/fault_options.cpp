@@ -11,11 +11,12 @@ namespace {
 const std::map<std::string, HttpAnswer> kHttpAnswers{{"normal", HttpAnswer::normal},
                                                      {"garbage", HttpAnswer::garbage},
                                                      {"never", HttpAnswer::never},
-                                                     {"closed", HttpAnswer::closed}};
-const std::map<std::string, Step> kSteps{{"accept", Step::accept},   {"tls", Step::tls},
-                                         {"upgrade", Step::upgrade}, {"auth", Step::auth},
-                                         {"play", Step::play},       {"first-frame", Step::firstFrame}};
-const std::map<std::string, Step> kAnsweredSteps{{"auth", Step::auth}, {"play", Step::play}};
+                                                     {"closed", HttpAnswer::closed},
+                                                     {"half", HttpAnswer::half}};
+const std::map<std::string, Step> kHttpSteps{{"accept", Step::accept}, {"hello", Step::hello}, {"tls", Step::tls}};
+const std::map<std::string, Step> kSteps{{"accept", Step::accept},         {"hello", Step::hello}, {"tls", Step::tls},
+                                         {"upgrade", Step::upgrade},       {"auth", Step::auth},   {"play", Step::play},
+                                         {"first-frame", Step::firstFrame}};
 
 }  // namespace
 
@@ -36,13 +37,18 @@ void AddFaultOptions(CLI::App& app, Faults& faults) {
   number("--http-status", faults.httpStatus, "STATUS", "Answer HTTP requests with this status")
       ->check(CLI::Range(200, 599));
   choice("--http-answer", faults.httpAnswer, kHttpAnswers,
-         "Answer HTTP requests with a garbage body, never, or by closing the connection");
+         "Answer HTTP requests with a garbage body, never, by closing the connection, or with half an answer");
   number("--http-late", faults.httpLateMs, "MS", "Answer HTTP requests so much later");
 
+  choice("--http-close-at", faults.httpCloseAt, kHttpSteps, "Drop an HTTP connection that has reached this step");
+  choice("--http-silent-at", faults.httpSilentAt, kHttpSteps, "Say nothing more at this step");
+  choice("--http-garbage-at", faults.httpGarbageAt, kHttpSteps, "Send garbage at this step");
+
   choice("--close-at", faults.closeAt, kSteps, "Drop a signalling connection that has reached this step");
-  choice("--silent-at", faults.silentAt, kAnsweredSteps, "Never answer this message");
-  choice("--garbage-at", faults.garbageAt, kAnsweredSteps,
-         "Send malformed JSON instead of the answer to auth, or after the answer to play");
+  choice("--silent-at", faults.silentAt, kSteps, "Say nothing more at this step; at auth or play, do not answer");
+  choice("--garbage-at", faults.garbageAt, kSteps,
+         "Send garbage at this step; malformed JSON instead of the answer to auth, or after the answer to play");
+  number("--silent-ms", faults.silentMs, "MS", "End a silence at accept, tls, auth or play after so long");
   flag("--stop-reading", faults.stopReading, "Read nothing more from a client that plays");
 
   number("--error", faults.errorCode, "CODE", "Report this error to a connection, once (60103013: session expired)");

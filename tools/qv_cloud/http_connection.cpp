@@ -12,6 +12,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "tools/qv_cloud/admission.h"
 #include "tools/qv_cloud/service.h"
 
 namespace qv_cloud {
@@ -37,7 +38,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection<Stream
     if constexpr (kIsTls) {
       LimitWait();
       stream.async_handshake(net::ssl::stream_base::server, [self = this->shared_from_this()](error_code error) {
-        if (!error) self->ReadRequest();
+        if (!error) self->Secured();
       });
     } else {
       ReadRequest();
@@ -48,6 +49,21 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection<Stream
   static constexpr bool kIsTls = !std::is_same_v<Stream, beast::tcp_stream>;
 
   void LimitWait() { beast::get_lowest_layer(stream).expires_after(kIdleTimeout); }
+
+  void Secured() {
+    switch (state.FaultAt(Service::http, Step::tls)) {
+      case Fault::none:
+        return ReadRequest();
+      case Fault::close:
+        return;
+      case Fault::silent:
+        return Hold();
+      case Fault::garbage:
+        response.body() = Garbage();
+        net::async_write(stream, net::buffer(response.body()),
+                         [self = this->shared_from_this()](error_code, std::size_t) { self->Hold(); });
+    }
+  }
 
   void ReadRequest() {
     parser.emplace();
@@ -74,7 +90,8 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection<Stream
       case HttpReply::Sending::close:
         return;
       case HttpReply::Sending::never:
-        return AwaitEnd();
+        return Hold();
+      case HttpReply::Sending::half:
       case HttpReply::Sending::normal:
         break;
     }
@@ -92,19 +109,18 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection<Stream
     response.keep_alive(keepAlive);
     response.body() = reply.body;
     response.prepare_payload();
+    const bool isHalf = reply.sending == HttpReply::Sending::half;
+    if (isHalf) response.content_length(2 * reply.body.size());
     LimitWait();
-    http::async_write(stream, response, [self = this->shared_from_this()](error_code error, std::size_t) {
+    http::async_write(stream, response, [self = this->shared_from_this(), isHalf](error_code error, std::size_t) {
       if (error) return;
+      if (isHalf) return self->Hold();
       if (self->response.keep_alive()) return self->ReadRequest();
       self->Close();
     });
   }
 
-  // Nothing is said any more; the client leaves, or its time runs out.
-  void AwaitEnd() {
-    LimitWait();
-    stream.async_read_some(buffer.prepare(kMaxHeader), [self = this->shared_from_this()](error_code, std::size_t) {});
-  }
+  void Hold() { HoldInSilence(beast::get_lowest_layer(stream).socket(), this->shared_from_this()); }
 
   void Close() {
     if constexpr (kIsTls) {

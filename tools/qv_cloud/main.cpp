@@ -36,7 +36,9 @@ const std::map<std::string, ServedCertificate> kCertificates{
     {"not-yet-valid", ServedCertificate::notYetValid},
     {"wrong-host", ServedCertificate::wrongHost},
     {"self-signed", ServedCertificate::selfSigned},
-    {"unknown-authority", ServedCertificate::unknownAuthority}};
+    {"unknown-authority", ServedCertificate::unknownAuthority},
+    {"missing-intermediate", ServedCertificate::missingIntermediate},
+    {"old-protocol", ServedCertificate::oldProtocol}};
 
 void AddOptions(CLI::App& app, ProgramOptions& options) {
   app.add_flag("--plain", options.cloud.plain, "Serve http and ws instead of https and wss");
@@ -45,7 +47,9 @@ void AddOptions(CLI::App& app, ProgramOptions& options) {
                  "temporary directory, removed at the end")
       ->type_name("PATH");
   qv_cloud::AddChoice(app, "--certificate", options.cloud.certificate, kCertificates,
-                      "Which certificate the servers present");
+                      "Which certificate the HTTP server presents");
+  qv_cloud::AddChoice(app, "--line-certificate", options.cloud.lineCertificate, kCertificates,
+                      "Which certificate the lines present");
   app.add_option("--session-validity", options.sessionValidityMs, "How long a session is valid")
       ->type_name("MS")
       ->check(CLI::Range(std::int64_t{1}, std::int64_t{1} << 40))

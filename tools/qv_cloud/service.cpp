@@ -35,12 +35,12 @@ void RequireTexts(const Json::Value& request, std::initializer_list<const char*>
   for (const char* key : optional) ReadTextOr(request, key, "");
 }
 
-Json::Value Endpoints(const Line& line) {
+Json::Value Endpoints(const CloudOptions& options, const Line& line) {
   Json::Value endpoints(Json::objectValue);
-  for (const char* domain : {"tcpDomain", "udpDomain", "webSocketDomain"}) endpoints[domain] = "localhost";
+  for (const char* domain : {"tcpDomain", "udpDomain", "webSocketDomain"}) endpoints[domain] = options.lineHost;
   endpoints["tcpPort"] = 0;
   endpoints["udpPort"] = 0;
-  endpoints["webSocketPort"] = line.port;
+  endpoints["webSocketPort"] = options.linePort != 0 ? options.linePort : line.port;
   return endpoints;
 }
 
@@ -55,7 +55,7 @@ Json::Value GrantedData(const State& state, const Sessions::Granted& granted) {
   data["subStreamInfoList"] = Json::Value(Json::arrayValue);
   data["streamStrategyList"] = Json::Value(Json::arrayValue);
   for (const Line& line : state.lines) {
-    Json::Value endpoints = Endpoints(line);
+    Json::Value endpoints = Endpoints(state.options, line);
     if (line.ispCode == kDefaultLine) {
       data["streamInfo"] = endpoints;
       continue;
@@ -129,6 +129,7 @@ HttpReply Decide(State& state, const Endpoint& endpoint, const HttpRequest& requ
     state.observation.Change([](CloudStats& stats) { ++stats.malformed; });
     reply = Refusal(400, error.what());
   }
+  if (faults.httpAnswer == HttpAnswer::half) reply.sending = HttpReply::Sending::half;
   return reply;
 }
 

@@ -20,7 +20,7 @@ struct HttpRequest {
 };
 
 struct HttpReply {
-  enum class Sending { normal, never, close };
+  enum class Sending { normal, never, close, half };
   Sending sending = Sending::normal;
   unsigned status = 200;
   std::string body;

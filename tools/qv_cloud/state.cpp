@@ -31,6 +31,21 @@ bool Switches::TakeDrop() {
   return faults.dropAfterFrames != 0 && !std::exchange(dropTaken, true);
 }
 
+Fault State::FaultAt(Service service, Step step) {
+  const Faults faults = switches.Get();
+  const bool isHttp = service == Service::http;
+  Fault fault = Fault::none;
+  if (step == (isHttp ? faults.httpCloseAt : faults.closeAt)) {
+    fault = Fault::close;
+  } else if (step == (isHttp ? faults.httpSilentAt : faults.silentAt)) {
+    fault = Fault::silent;
+  } else if (step == (isHttp ? faults.httpGarbageAt : faults.garbageAt)) {
+    fault = Fault::garbage;
+  }
+  if (fault != Fault::none) observation.Change([](CloudStats& stats) { ++stats.faultsMet; });
+  return fault;
+}
+
 void Observation::Change(const std::function<void(CloudStats&)>& change) {
   const std::lock_guard<std::mutex> lock(mutex);
   change(stats);

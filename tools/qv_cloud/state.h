@@ -64,7 +64,13 @@ struct Line {
   std::uint16_t port = 0;
 };
 
+enum class Service { http, signalling };
+enum class Fault { none, close, silent, garbage };
+
 struct State {
+  // What goes wrong with a connection that has reached the step; counts it as met.
+  Fault FaultAt(Service service, Step step);
+
   explicit State(const CloudOptions& options)
       : options(options),
         switches(options.faults),

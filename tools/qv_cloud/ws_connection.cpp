@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "tools/qv_cloud/admission.h"
 #include "tools/qv_cloud/conversation.h"
 
 namespace qv_cloud {
@@ -70,7 +71,33 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
   };
 
   void Upgrade() {
-    if (state.switches.Get().closeAt == Step::tls) return Drop();
+    const Fault fault = state.FaultAt(Service::signalling, Step::tls);
+    const std::chrono::milliseconds silence(state.switches.Get().silentMs);
+    if (fault != Fault::silent || silence.count() == 0) return Meet(fault, [](auto& self) { self.AcceptUpgrade(); });
+    wakeTimer.expires_after(silence);
+    wakeTimer.async_wait([self = this->shared_from_this()](error_code error) {
+      if (!error) self->AcceptUpgrade();
+    });
+  }
+
+  // Goes on where nothing is to go wrong.
+  template <class Next>
+  void Meet(Fault fault, Next next) {
+    switch (fault) {
+      case Fault::none:
+        return next(*this);
+      case Fault::close:
+        return Drop();
+      case Fault::silent:
+        return Vanish();
+      case Fault::garbage:
+        garbage = Garbage();
+        net::async_write(ws.next_layer(), net::buffer(garbage),
+                         [self = this->shared_from_this()](error_code, std::size_t) { self->Vanish(); });
+    }
+  }
+
+  void AcceptUpgrade() {
     beast::get_lowest_layer(ws).expires_never();
     ws.set_option(websocket::stream_base::timeout{kHandshakeTimeout, kIdleTimeout, true});
     ws.read_message_max(kMaxMessage);
@@ -86,11 +113,11 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
       ++stats.lines[line].now;
     });
     state.observation.Event("line " + std::to_string(line) + ": connected");
-    if (state.switches.Get().closeAt == Step::upgrade) return Drop();
-    Continue();
+    Meet(state.FaultAt(Service::signalling, Step::upgrade), [](auto& self) { self.Continue(); });
   }
 
   void Continue() {
+    if (vanished) return;
     Send();
     Read();
     ScheduleWake();
@@ -108,6 +135,7 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
   }
 
   void OnRead(error_code error) {
+    if (vanished) return;
     if (error) return Drop();
     const std::string message = beast::buffers_to_string(buffer.data());
     buffer.consume(buffer.size());
@@ -118,7 +146,7 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
     if (end != Reply::End::no) return;
     for (Outgoing& message : reply.messages) {
       unsentBytes += message.bytes.size();
-      unsent.push_back(Unsent{std::move(message), Now() + state.options.delay});
+      unsent.push_back(Unsent{std::move(message), Now() + state.options.delay + reply.after});
     }
     end = reply.end;
     Continue();
@@ -164,9 +192,20 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
   // Ends the connection when everything has been sent and the conversation is over.
   void Finish() {
     if (end == Reply::End::drop) return Drop();
+    if (end == Reply::End::vanish) return Vanish();
     if (end == Reply::End::no || closing) return;
     closing = true;
     ws.async_close(websocket::close_code::normal, [self = this->shared_from_this()](error_code) { self->Drop(); });
+  }
+
+  // As if the peer's machine were gone: nothing is read, pings included, and nothing closed.
+  void Vanish() {
+    vanished = true;
+    beast::get_lowest_layer(ws).expires_never();
+    auto& socket = beast::get_lowest_layer(ws).socket();
+    error_code ignored;
+    socket.cancel(ignored);
+    HoldInSilence(socket, this->shared_from_this());
   }
 
   void Drop() {
@@ -199,6 +238,8 @@ class WsConnectionOver : public WsConnection, public std::enable_shared_from_thi
   bool writing = false;
   bool closing = false;
   bool dropped = false;
+  bool vanished = false;
+  std::string garbage;
 };
 
 template <class Connection, class... Arguments>
@@ -212,14 +253,11 @@ std::weak_ptr<WsConnection> StartNew(Arguments&&... arguments) {
 
 std::weak_ptr<WsConnection> ServeSignalling(net::ip::tcp::socket socket, net::ssl::context* tls, State& state,
                                             std::uint32_t line) {
-  state.observation.Change([line](CloudStats& stats) { ++stats.lines[line].attempts; });
-  const Faults faults = state.switches.Get();
-  if (faults.closeAt == Step::accept) return {};
   error_code ignored;
   socket.set_option(net::ip::tcp::no_delay(true), ignored);
   // So that a client which the cloud does not read notices it soon; but not below a few segments of the loopback, or
   // the line would stay stalled when reading goes on.
-  if (faults.stopReading) socket.set_option(net::socket_base::receive_buffer_size(128 * 1024), ignored);
+  if (state.switches.Get().stopReading) socket.set_option(net::socket_base::receive_buffer_size(128 * 1024), ignored);
   if (!tls) return StartNew<WsConnectionOver<beast::tcp_stream>>(std::move(socket), state, line);
   return StartNew<WsConnectionOver<beast::ssl_stream<beast::tcp_stream>>>(std::move(socket), state, line, *tls);
 }
