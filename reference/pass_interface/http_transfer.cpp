@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "reference/common/guarded.h"
+#include "reference/common/tls_fault.h"
 #include "reference/pass_interface/pass_result.h"
 
 namespace pass_interface {
@@ -119,7 +120,11 @@ std::size_t HttpTransfer::Receive(char* bytes, std::size_t size, std::size_t cou
 
 std::string HttpTransfer::Problem(CURLcode result) const {
   if (tooLong) return "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
-  return Printable(reason[0] != '\0' ? reason : curl_easy_strerror(result));
+  long verified = X509_V_OK;
+  curl_easy_getinfo(easy.get(), CURLINFO_SSL_VERIFYRESULT, &verified);
+  // libcurl's way to say that OpenSSL has not judged it; the host name it compares itself.
+  if (verified == X509_V_ERR_UNSPECIFIED) verified = X509_V_OK;
+  return Printable(reference::TlsFault(verified, reason[0] != '\0' ? reason : curl_easy_strerror(result)));
 }
 
 void HttpTransfer::Finish(CURLcode result) {

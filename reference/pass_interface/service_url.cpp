@@ -32,6 +32,7 @@ std::optional<ServiceUrl> ServiceUrl::Parse(const char* text) {
 
   ServiceUrl result;
   result.host = Part(url.get(), CURLUPART_HOST);
+  if (const std::string port = Part(url.get(), CURLUPART_PORT); !port.empty()) result.host += ":" + port;
   result.base = Part(url.get(), CURLUPART_URL);
   while (!result.base.empty() && result.base.back() == '/') result.base.pop_back();
   return result;

@@ -17,7 +17,7 @@ class ServiceUrl {
 
   // path: without a slash in front.
   std::string Join(const char* path) const { return base + "/" + path; }
-  // For log lines.
+  // With the port where one is given; for log lines.
   const std::string& Host() const { return host; }
 
  private:

@@ -17,6 +17,7 @@
 
 #include "reference/common/guarded.h"
 #include "reference/common/settings.h"
+#include "reference/common/tls_fault.h"
 #include "reference/ws_interface/log.h"
 #include "reference/ws_interface/tls.h"
 
@@ -119,12 +120,14 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
     }
   }
 
-  void Fail(error_code error) {
-    if (error == beast::error::timeout) return Fail(std::string("the peer was silent for two keep-alive intervals"));
+  void Fail(error_code error) { Fail(Reason(error)); }
+
+  static std::string Reason(error_code error) {
+    if (error == beast::error::timeout) return "the peer was silent for two keep-alive intervals";
     if (error == websocket::error::closed || error == asio::error::eof || error == asio::ssl::error::stream_truncated) {
-      return Fail(std::string("closed by the peer"));
+      return "closed by the peer";
     }
-    Fail(error.message());
+    return error.message();
   }
 
   void Prepare() {
@@ -210,9 +213,8 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
       stream->next_layer().async_handshake(
           asio::ssl::stream_base::client, Handler([](BeastTransport& self, error_code error) {
             if (!error) return self.Upgrade();
-            const std::string fault = CertificateFault(self.stream->next_layer().native_handle());
-            if (fault.empty()) return self.Fail(error);
-            self.Fail("the certificate of " + Authority(self.endpoint) + " was refused: " + fault);
+            const long verified = SSL_get_verify_result(self.stream->next_layer().native_handle());
+            self.Fail(TlsFault(verified, Reason(error)));
           }));
     } else {
       Upgrade();

@@ -86,9 +86,4 @@ bool ExpectHost(SSL* tls, const std::string& host) {
          SSL_set_tlsext_host_name(tls, host.c_str()) == 1;
 }
 
-std::string CertificateFault(SSL* tls) {
-  const long result = SSL_get_verify_result(tls);
-  return result == X509_V_OK ? std::string() : X509_verify_cert_error_string(result);
-}
-
 }  // namespace reference::ws

@@ -1,6 +1,6 @@
 // TLS as every connection uses it: version 1.2 or later, the certificate and the host name verified always.
 //
-// Threads: TlsContext from any; the others one at a time for each SSL. Ownership: a context is shared by its users.
+// Threads: TlsContext from any; ExpectHost one at a time for each SSL. Ownership: a context is shared by its users.
 #ifndef REFERENCE_WS_INTERFACE_TLS_H
 #define REFERENCE_WS_INTERFACE_TLS_H
 
@@ -16,9 +16,6 @@ std::shared_ptr<boost::asio::ssl::context> TlsContext();
 
 // Makes the handshake ask for host, a name or an address, and refuse another's certificate. False when out of memory.
 bool ExpectHost(SSL* tls, const std::string& host);
-
-// Why the peer's certificate was refused; empty when it was not.
-std::string CertificateFault(SSL* tls);
 
 }  // namespace reference::ws
 
