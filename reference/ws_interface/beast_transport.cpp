@@ -2,6 +2,7 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
+#include <boost/beast/core/bind_handler.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/empty_body.hpp>
@@ -34,8 +35,21 @@ using boost::system::error_code;
 constexpr std::size_t kMaxMessageSize = std::size_t{16} << 20;
 constexpr std::uint32_t kMaxProxyHeaderSize = 8192;
 
-using Plain = beast::tcp_stream;
-using Secure = beast::ssl_stream<beast::tcp_stream>;
+// Of a connection that ends, or has broken the protocol, Beast would wait without a bound for the peer to close it.
+template <class Layer>
+struct Abrupt : Layer {
+  using Layer::Layer;
+};
+
+// Found by Beast. The name is its.
+template <class Layer, class Handler>
+void async_teardown(beast::role_type /*role*/, Abrupt<Layer>& stream, Handler&& handler) {
+  beast::get_lowest_layer(stream).close();
+  asio::post(stream.get_executor(), beast::bind_front_handler(std::forward<Handler>(handler), error_code()));
+}
+
+using Plain = Abrupt<beast::tcp_stream>;
+using Secure = Abrupt<beast::ssl_stream<beast::tcp_stream>>;
 
 // What the hand-shake with an HTTP proxy needs, and only it.
 struct Tunnel {
