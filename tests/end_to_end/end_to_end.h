@@ -17,6 +17,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "qv_data_interface/qv_data_interface.h"
@@ -127,6 +128,14 @@ inline constexpr char kStands[] = "OnStatus 0:";
 inline constexpr char kConnecting[] = "OnStatus 60701003:";
 inline constexpr char kDisconnected[] = "OnStatus 60701002:";
 inline constexpr char kFirstFrame[] = "OnFirstFrame";
+
+// Nothing but this goes wrong.
+template <class Member>
+qv_cloud::Faults With(Member qv_cloud::Faults::*member, std::type_identity_t<Member> value) {
+  qv_cloud::Faults faults;
+  faults.*member = value;
+  return faults;
+}
 
 std::filesystem::path NewDirectory();
 std::string ReadFile(const std::filesystem::path& file);

@@ -10,9 +10,6 @@ namespace {
 
 using qv_cloud::CloudStats;
 using qv_cloud::Faults;
-using qv_cloud::HttpAnswer;
-using qv_cloud::kDefaultLine;
-using qv_cloud::Step;
 
 struct Moment {
   const char* name;
@@ -51,18 +48,8 @@ TEST_P(ReleaseAt, IsPromptAndFinalAndTheNextConnectWorks) {
 INSTANTIATE_TEST_SUITE_P(
     All, ReleaseAt,
     testing::Values(Moment{"RightAfterGetPhoneConnect", nullptr, nullptr},
-                    Moment{"WhileTheRequestIsUnanswered", [](Faults& f) { f.httpAnswer = HttpAnswer::never; },
-                           [](const CloudStats& s) { return s.phoneConnects == 1; }},
-                    Moment{"DuringTls", nullptr,
-                           [](const CloudStats& s) { return s.lines.at(kDefaultLine).attempts == 1; }},
-                    Moment{"BeforeTheAuthAnswer", [](Faults& f) { f.silentAt = Step::auth; },
-                           [](const CloudStats& s) { return s.authentications == 1; }},
-                    Moment{"BeforeThePlayAnswer", [](Faults& f) { f.silentAt = Step::play; },
-                           [](const CloudStats& s) { return s.plays == 1; }},
                     Moment{"DuringTheFirstFrame", nullptr, [](const CloudStats& s) { return s.framesSent == 1; }},
                     Moment{"AmongTheFrames", nullptr, [](const CloudStats& s) { return s.framesSent == 10; }},
-                    Moment{"WhileReconnecting", [](Faults& f) { f.closeAt = Step::accept; },
-                           [](const CloudStats& s) { return s.lines.at(kDefaultLine).attempts == 3; }},
                     Moment{"WhileARefreshIsUnanswered",
                            [](Faults& f) {
                              f.errorCode = qv_cloud::kSessionExpired;
