@@ -68,6 +68,8 @@ bool HttpTransfer::Configure(const HttpSettings& settings, const std::string& ur
   set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
   set(CURLOPT_SSL_VERIFYPEER, 1L);
   set(CURLOPT_SSL_VERIFYHOST, 2L);
+  set(CURLOPT_SSL_CTX_FUNCTION, &HttpTransfer::ListenToVerification);
+  set(CURLOPT_SSL_CTX_DATA, this);
   if (settings.authorityFile.empty()) {
     // Means something on Windows only, where OpenSSL finds no authorities by itself.
     set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_NATIVE_CA));
@@ -84,6 +86,27 @@ bool HttpTransfer::Configure(const HttpSettings& settings, const std::string& ur
   set(CURLOPT_WRITEFUNCTION, &HttpTransfer::Receive);
   set(CURLOPT_WRITEDATA, this);
   return accepted;
+}
+
+CURLcode HttpTransfer::ListenToVerification(CURL* /*handle*/, void* context, void* transfer) {
+  auto* const tls = static_cast<SSL_CTX*>(context);
+  SSL_CTX_set_app_data(tls, transfer);
+  // The connection outlives this transfer, and must not be verified anew then.
+  SSL_CTX_set_options(tls, SSL_OP_NO_RENEGOTIATION);
+  SSL_CTX_set_verify(tls, SSL_VERIFY_PEER, &HttpTransfer::OnVerified);
+  return CURLE_OK;
+}
+
+int HttpTransfer::OnVerified(int isGood, X509_STORE_CTX* verification) noexcept {
+  if (isGood == 1) return isGood;
+  const auto* const tls =
+      static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
+  auto& self = *static_cast<HttpTransfer*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(tls)));
+  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "explaining a certificate", [&] {
+    self.refusedCertificate = reference::TlsFault(X509_STORE_CTX_get_error(verification),
+                                                  X509_STORE_CTX_get0_chain(verification), std::string());
+  });
+  return isGood;
 }
 
 HttpTransfer* HttpTransfer::Of(CURL* handle) {
@@ -120,11 +143,8 @@ std::size_t HttpTransfer::Receive(char* bytes, std::size_t size, std::size_t cou
 
 std::string HttpTransfer::Problem(CURLcode result) const {
   if (tooLong) return "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
-  long verified = X509_V_OK;
-  curl_easy_getinfo(easy.get(), CURLINFO_SSL_VERIFYRESULT, &verified);
-  // libcurl's way to say that OpenSSL has not judged it; the host name it compares itself.
-  if (verified == X509_V_ERR_UNSPECIFIED) verified = X509_V_OK;
-  return Printable(reference::TlsFault(verified, reason[0] != '\0' ? reason : curl_easy_strerror(result)));
+  if (!refusedCertificate.empty()) return refusedCertificate;
+  return Printable(reference::TlsFault(X509_V_OK, nullptr, reason[0] != '\0' ? reason : curl_easy_strerror(result)));
 }
 
 void HttpTransfer::Finish(CURLcode result) {

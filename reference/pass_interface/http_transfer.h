@@ -6,6 +6,7 @@
 #define REFERENCE_PASS_INTERFACE_HTTP_TRANSFER_H
 
 #include <curl/curl.h>
+#include <openssl/types.h>
 
 #include <cstdint>
 #include <functional>
@@ -64,6 +65,10 @@ class HttpTransfer {
   HttpTransfer(std::string body, Done done);
   bool Configure(const HttpSettings& settings, const std::string& url);
   static std::size_t Receive(char* bytes, std::size_t size, std::size_t count, void* transfer) noexcept;
+  // Lets the log say what is wrong with a certificate, of which libcurl tells only that it was refused. Verification
+  // itself stays as it is set.
+  static CURLcode ListenToVerification(CURL* handle, void* context, void* transfer);
+  static int OnVerified(int isGood, X509_STORE_CTX* verification) noexcept;
   std::uint32_t Status() const;
   std::string Problem(CURLcode result) const;
 
@@ -73,6 +78,7 @@ class HttpTransfer {
   std::string received;
   bool tooLong = false;
   char reason[CURL_ERROR_SIZE] = "";
+  std::string refusedCertificate;
   CURLM* multi = nullptr;
   // Last, so that it goes before what it points to.
   std::unique_ptr<CURL, EasyDeleter> easy;

@@ -227,8 +227,8 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
       stream->next_layer().async_handshake(
           asio::ssl::stream_base::client, Handler([](BeastTransport& self, error_code error) {
             if (!error) return self.Upgrade();
-            const long verified = SSL_get_verify_result(self.stream->next_layer().native_handle());
-            self.Fail(TlsFault(verified, Reason(error)));
+            const SSL* const peer = self.stream->next_layer().native_handle();
+            self.Fail(TlsFault(SSL_get_verify_result(peer), SSL_get0_verified_chain(peer), Reason(error)));
           }));
     } else {
       Upgrade();

@@ -116,12 +116,10 @@ ServedChain MakeServerChain(ServedCertificate kind, const Certificate& authority
     return served;
   }
   const bool isKnown = kind != ServedCertificate::unknownAuthority;
-  Certificate unknown = MakeAuthority("unknown authority");
+  const Certificate unknown = MakeAuthority("unknown authority");
   Certificate intermediate = MakeAuthority("qv_cloud intermediate", isKnown ? &authority : &unknown);
   served.leaf = MakeCertificate(request, &intermediate);
   if (kind != ServedCertificate::missingIntermediate) served.above.push_back(std::move(intermediate));
-  // Its root as well, so that nothing is wrong with the chain but whom it ends with.
-  if (!isKnown) served.above.push_back(std::move(unknown));
   return served;
 }
 
