@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "reference/ws_interface/io_thread.h"
 
@@ -23,8 +24,9 @@ class SharedIoThread final : public Reactor {
   SharedIoThread(const SharedIoThread&) = delete;
   SharedIoThread& operator=(const SharedIoThread&) = delete;
 
-  void Post(std::function<void()> task) override { thread->Post(std::move(task)); }
-  std::unique_ptr<Timer> MakeTimer() override { return thread->MakeTimer(); }
+  std::unique_ptr<Waker> MakeWaker(std::weak_ptr<WakerUser> user) override {
+    return thread->MakeWaker(std::move(user));
+  }
   std::shared_ptr<Transport> MakeTransport(const Endpoint& endpoint, std::chrono::milliseconds keepAlive) override {
     return thread->MakeTransport(endpoint, keepAlive);
   }
