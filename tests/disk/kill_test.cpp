@@ -77,6 +77,10 @@ TEST(AKilledProcess, LeavesEveryRowWholeAndEveryAcknowledgedOneStored) {
     while (std::filesystem::file_size(file) <= enough && std::chrono::steady_clock::now() < end) {
       std::this_thread::yield();
     }
+    // So that the death comes anywhere in the work of a row, not always at the same distance from its acknowledgement.
+    const auto moment = std::chrono::steady_clock::now() +
+                        std::chrono::microseconds(std::uniform_int_distribution<int>(0, 2000)(random));
+    while (std::chrono::steady_clock::now() < moment) continue;
     KillProcess(writer);
     ASSERT_GT(std::filesystem::file_size(file), enough) << "the writer does not get on";
 
