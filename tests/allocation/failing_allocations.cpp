@@ -97,37 +97,19 @@ using std::align_val_t;
 using std::nothrow_t;
 using std::size_t;
 
-#define QV_BOTH_FORMS(keyword)                                                            \
-  void* operator new keyword(size_t size) {                                               \
-    return AllocateOrThrow(size, kPlain);                                                 \
-  }                                                                                       \
-  void* operator new keyword(size_t size, align_val_t align) {                            \
-    return AllocateOrThrow(size, Bytes(align));                                           \
-  }                                                                                       \
-  void* operator new keyword(size_t size, const nothrow_t&) noexcept {                    \
-    return Allocate(size, kPlain);                                                        \
-  }                                                                                       \
-  void* operator new keyword(size_t size, align_val_t align, const nothrow_t&) noexcept { \
-    return Allocate(size, Bytes(align));                                                  \
-  }                                                                                       \
-  void operator delete keyword(void* block) noexcept {                                    \
-    Free(block);                                                                          \
-  }                                                                                       \
-  void operator delete keyword(void* block, size_t) noexcept {                            \
-    Free(block);                                                                          \
-  }                                                                                       \
-  void operator delete keyword(void* block, align_val_t) noexcept {                       \
-    Free(block);                                                                          \
-  }                                                                                       \
-  void operator delete keyword(void* block, size_t, align_val_t) noexcept {               \
-    Free(block);                                                                          \
-  }                                                                                       \
-  void operator delete keyword(void* block, const nothrow_t&) noexcept {                  \
-    Free(block);                                                                          \
-  }                                                                                       \
-  void operator delete keyword(void* block, align_val_t, const nothrow_t&) noexcept {     \
-    Free(block);                                                                          \
-  }
+// clang-format off
+#define QV_BOTH_FORMS(keyword) \
+  void* operator new keyword(size_t size) { return AllocateOrThrow(size, kPlain); } \
+  void* operator new keyword(size_t size, align_val_t align) { return AllocateOrThrow(size, Bytes(align)); } \
+  void* operator new keyword(size_t size, const nothrow_t&) noexcept { return Allocate(size, kPlain); } \
+  void* operator new keyword(size_t size, align_val_t align, const nothrow_t&) noexcept { return Allocate(size, Bytes(align)); } \
+  void operator delete keyword(void* block) noexcept { Free(block); } \
+  void operator delete keyword(void* block, size_t) noexcept { Free(block); } \
+  void operator delete keyword(void* block, align_val_t) noexcept { Free(block); } \
+  void operator delete keyword(void* block, size_t, align_val_t) noexcept { Free(block); } \
+  void operator delete keyword(void* block, const nothrow_t&) noexcept { Free(block); } \
+  void operator delete keyword(void* block, align_val_t, const nothrow_t&) noexcept { Free(block); }
 
 QV_BOTH_FORMS()
 QV_BOTH_FORMS([])
+// clang-format on

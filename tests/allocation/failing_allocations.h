@@ -4,7 +4,12 @@
 #ifndef TESTS_ALLOCATION_FAILING_ALLOCATIONS_H
 #define TESTS_ALLOCATION_FAILING_ALLOCATIONS_H
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <new>
+
+#include "tests/library/fakes/uncounted.h"
 
 namespace allocation {
 
@@ -17,6 +22,21 @@ std::uint64_t Disarm();
 std::uint64_t FailedSoFar();
 // Blocks that were counted when they were allocated, and are not freed.
 std::int64_t Live();
+
+// A step of a story. What it throws reaches this caller, and is nothing but the lack of memory; says whether it threw.
+template <class Step>
+bool Do(const char* name, Step&& step) {
+  try {
+    const fakes::Counted counted;
+    step();
+    return false;
+  } catch (const std::bad_alloc&) {
+    return true;
+  } catch (...) {
+    ADD_FAILURE() << name << " threw something else than bad_alloc";
+    return false;
+  }
+}
 
 }  // namespace allocation
 

@@ -30,17 +30,9 @@ const std::vector<std::string> kUrls = {"wss://the-default-line.of-a-long-domain
                                         "wss://two.line-of-a-long-domain.example:82"};
 
 struct AllocationSweep : LibraryTest, testing::WithParamInterface<std::tuple<Mode, End>> {
-  // A step of the story. What it throws reaches this caller, and is nothing but the lack of memory.
   template <class Step>
   void Do(const char* name, Step&& step) {
-    try {
-      const Counted counted;
-      step();
-    } catch (const std::bad_alloc&) {
-      ++thrown;
-    } catch (...) {
-      ADD_FAILURE() << name << " threw something else than bad_alloc";
-    }
+    if (allocation::Do(name, step)) ++thrown;
   }
 
   void ServiceAnswers(const char* name, std::int32_t transport, std::uint32_t status, std::int32_t code) {

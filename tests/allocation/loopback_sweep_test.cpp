@@ -16,6 +16,7 @@
 namespace end_to_end {
 namespace {
 
+using allocation::Do;
 using allocation::Mode;
 using fakes::Counted;
 using fakes::Uncounted;
@@ -83,18 +84,6 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     // One frame is all that is looked at. What waits for an answer that got lost does so as short as is allowed.
     video.frameRate = 0;
     system.wsManagerValue = system.httpValue1 = system.httpValue2 = 1000;
-  }
-
-  // What a step throws reaches this caller, and is nothing but the lack of memory.
-  template <class Step>
-  void Do(const char* name, Step&& step) {
-    try {
-      const Counted counted;
-      step();
-    } catch (const std::bad_alloc&) {
-    } catch (...) {
-      ADD_FAILURE() << name << " threw something else than bad_alloc";
-    }
   }
 
   std::int32_t InitListener() {
