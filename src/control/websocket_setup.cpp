@@ -77,6 +77,19 @@ std::string CQVDataControl::MakeUrl(const pass_interface::StreamEndpoints& endpo
          std::to_string(endpoints.webSocketPort);
 }
 
+void CQVDataControl::KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
+                                   const std::shared_ptr<ws_interface::IWSInterface>& created, Generation since) {
+  bool isKept = false;
+  try {
+    isKept = wsConnection.PutIfEmpty(created, [&] { return IsCurrent(since); });
+  } catch (...) {
+    // No memory for its place: nobody would destroy it later.
+    manager.DestroyWS(created);
+    throw;
+  }
+  if (!isKept) manager.DestroyWS(created);
+}
+
 CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints,
                                                      Generation since) {
   ConnectRecords records;
@@ -92,8 +105,7 @@ CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::Strea
     const auto created = manager->CreateWS(credential.c_str(), url.c_str(), &records.connectInfo, &records.videoInfo,
                                            &records.defaultParam, &records.systemParam, sink, 0);
     // Not kept when another answer was faster, whose connection stays, or when a release has passed.
-    const bool isKept = created && wsConnection.PutIfEmpty(created, [&] { return IsCurrent(since); });
-    if (created && !isKept) manager->DestroyWS(created);
+    if (created) KeepOrDestroy(*manager, created, since);
   }
   if (generation != since || initState == kStateReleasing) return InitWSOutcome::kOvertakenByRelease;
   return wsConnection.Copy() ? InitWSOutcome::kConnectionHeld : InitWSOutcome::kFailed;
