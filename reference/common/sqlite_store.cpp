@@ -60,9 +60,9 @@ void Store::WriteLog(int level, const char* what, const char* why) const {
 
 bool Store::IsToldLocked(const std::string& failure) {
   const auto now = std::chrono::steady_clock::now();
-  if (failure == toldFailure && wantedFile == toldFile && now < tellAgain) return false;
+  if (failure == toldFailure && wantedFile.native() == toldFile && now < tellAgain) return false;
   toldFailure = failure;
-  toldFile = wantedFile;
+  toldFile = wantedFile.native();
   tellAgain = now + kPauseBetweenSameLines;
   return true;
 }
@@ -73,7 +73,7 @@ bool Store::TryLocked(const std::function<void(Connection&)>& work) {
     const bool isNew = OpenLocked();
     work(*connection);
     // The line about a damaged file that was moved aside has said so already.
-    return isNew && toldFile != wantedFile;
+    return isNew && toldFile != wantedFile.native();
   } catch (const Error& failure) {
     if (!failure.IsCorrupt()) throw;
     connection.reset();
@@ -84,7 +84,7 @@ bool Store::TryLocked(const std::function<void(Connection&)>& work) {
 
 bool Store::OpenLocked() {
   const bool exists = std::filesystem::exists(wantedFile);
-  if (connection && openFile == wantedFile && exists) return false;
+  if (connection && openFile == wantedFile.native() && exists) return false;
   connection.reset();
   std::filesystem::create_directories(wantedFile.parent_path());
   // Sessions and addresses are the user's own business. Made and closed to others before SQLite opens it, since the files
@@ -94,7 +94,7 @@ bool Store::OpenLocked() {
   std::filesystem::permissions(wantedFile, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
                                ignored);
   connection.emplace(wantedFile, setup, lockPatience);
-  openFile = wantedFile;
+  openFile = wantedFile.native();
   return !exists;
 }
 

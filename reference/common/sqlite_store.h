@@ -42,9 +42,10 @@ class Store {
   const std::chrono::milliseconds lockPatience;
 
   std::mutex connectionMutex;
-  std::filesystem::path wantedFile, openFile;
+  std::filesystem::path wantedFile;
+  std::filesystem::path::string_type openFile;
   std::optional<Connection> connection;
-  std::filesystem::path toldFile;
+  std::filesystem::path::string_type toldFile;
   std::string toldFailure;
   std::chrono::steady_clock::time_point tellAgain;
 };

@@ -112,7 +112,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
   void WholeLife() {
     controller.reset();
     Do("create", [this] { controller = qv_data_interface::IQVDataInterface::Create(); });
-    if (!controller) return;
+    if (!controller) controller = qv_data_interface::IQVDataInterface::Create();
     Connect("connect by the service");
     Do("command", [this] { controller->SendInReq8("a text that fits in no string in place"); });
     bool isUnderWay = false;
@@ -141,7 +141,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     allocation::Arm(number, mode);
     WholeLife();
     // In every other story the release is left to the destructor.
-    if (number % 2 == 0) {
+    if (number / kShares % 2 == 0) {
       Do("release", [this] { controller->ReleasePhoneConnect(); });
     } else {
       Do("destruction", [this] { controller.reset(); });
