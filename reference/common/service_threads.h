@@ -1,6 +1,5 @@
 /// @file
-/// Counts the threads of the services, so that a host can wait for the last one before it ends. Unloading the libraries
-/// is not made safe by it: the last thread may still be leaving their code.
+/// Counts the threads of the services, so that a host can wait for the last one before it ends.
 ///
 /// A service that is stopped from the outside joins its thread. One that is stopped or let go from inside a notice
 /// cannot: its thread ends by itself, soon after the notice.
