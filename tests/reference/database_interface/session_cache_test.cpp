@@ -103,9 +103,11 @@ TEST_F(SessionCacheTest, AnotherDirectoryAndAFileTakenAwayAreNoticed) {
   reference::SetDataDirectory(directory / "second");
   EXPECT_EQ(Load("key"), "untouched");
   ASSERT_EQ(Save("key", "second"), 0);
+#ifndef _WIN32  // Windows lets nobody take an open file away.
   std::filesystem::remove_all(directory / "second");
   EXPECT_EQ(Save("key", "third"), 0);
   EXPECT_TRUE(std::filesystem::exists(directory / "second/session_cache.db"));
+#endif
   reference::SetDataDirectory(directory.path);
   EXPECT_EQ(Load("key"), "first");
 }
