@@ -53,7 +53,7 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
 
   /// @name Commands
   /// Each is handed to the connection at once, in any thread, and returns its result: 0 when the connection has taken
-  /// it over, a negative code of the WebSocket library's otherwise; -1 before GetPhoneConnect, after a release, without
+  /// it over, a negative code of the WebSocket library's otherwise; -1 until GetPhoneConnect has returned 0, after a release, without
   /// a connection or for a bad argument. Nothing waits for the phone. What was handed over just before ChangeIsp or a
   /// release may not reach the phone any more. 64-bit values are handed on untouched (integers or pointers of the front
   /// end). Texts are UTF-8, copied during the call. The session protocol of the front end gives the numbered ones their
@@ -91,7 +91,8 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
   virtual std::int32_t SendInReq15(std::uint64_t value1, std::uint64_t value2) = 0;
   /// Command 16.
   virtual std::int32_t SendInReq16(std::uint64_t value1, std::uint64_t value2) = 0;
-  /// Command 17. The library sends it by itself each time the connection stands, with Init's reconnectNumber.
+  /// Command 17. The library sends it by itself each time the connection stands, with Init's reconnectNumber;
+  /// not when it stands before GetPhoneConnect has returned.
   virtual std::int32_t SendInReq17(std::int32_t value) = 0;
   ///@}
 

@@ -17,7 +17,7 @@ struct IspItem {
 /// The front end implements this and gives it to IQVDataInterface::Init, which keeps it until ReleasePhoneConnect.
 ///
 /// **Threads.** A notice comes on the thread that caused it. That is the WebSocket library's, with these exceptions:
-/// OnIspList and the codes of phone-connect and refresh-session come on the HTTP service's; OnIspList and
+/// OnIspList, kResultWsInitFailed and the codes of phone-connect and refresh-session come on the HTTP service's; OnIspList and
 /// kResultWsInitFailed come on the front end's own inside GetPhoneConnect when the session is from the cache;
 /// kResultWsInitFailed comes there inside ChangeIsp. The notices of one WebSocket connection do not overlap each other;
 /// all others may overlap them and each other.
@@ -133,7 +133,8 @@ class IQVDataInterfaceNotic {
   /// The carrier lines of the instance, for IQVDataInterface::ChangeIsp; the default line (kIspCodeDefault) is not
   /// among them. With no lines items is null and count 0. Comes once for each granted or cached session, behind the
   /// start of its WebSocket connection, whose notices may come before, during or after it: on the HTTP service's thread
-  /// for a granted session, inside GetPhoneConnect for a cached one.
+  /// for a granted session, inside GetPhoneConnect for a cached one. For a cached one commands and ChangeIsp return -1
+  /// until GetPhoneConnect has returned.
   virtual void OnIspList(const IspItem* /*items*/, std::uint64_t /*count*/) {}
   /// Relayed, see OnNotice6.
   virtual void OnNotice19() {}

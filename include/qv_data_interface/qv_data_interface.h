@@ -1,5 +1,5 @@
 /// @file
-/// Everything public.
+/// Everything public but build_check.h.
 #ifndef QV_DATA_INTERFACE_QV_DATA_INTERFACE_H
 #define QV_DATA_INTERFACE_QV_DATA_INTERFACE_H
 

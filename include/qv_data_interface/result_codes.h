@@ -15,7 +15,7 @@ enum QvResultCode : std::int32_t {
 
   /// "web socket init failed": no connection object could be made for the instance's endpoints.
   kResultWsInitFailed = 60701001,
-  /// "web socket disconnect": the connection is lost, or was ended.
+  /// "web socket disconnect": the connection is lost, could not be made, or was refused.
   kResultWsDisconnect = 60701002,
   /// "web socket connecting": an attempt to connect has begun, the first one or a later one.
   kResultWsConnecting = 60701003,

@@ -14,7 +14,8 @@ namespace collect_interface {
 /// The collector of the process. No operation may keep a connection waiting: it is called on the way of every one.
 class ICollectInterface {
  public:
-  /// The one of the process; may be empty except while the library is loaded, which calls it under the loader's lock.
+  /// The one of the process; may be empty except in SetSdkType and while the library is loaded, which calls it under
+  /// the loader's lock.
   /// flag is always false.
   SDK_COLLECT_INTERFACE_API static std::shared_ptr<ICollectInterface> GetCollectInstance(bool flag);
   /// Reports a crash; text is what the crash handler passes on.

@@ -42,7 +42,7 @@ struct MessageCollectStatusData : MessageCollectBaseData {
   std::int64_t connectingTime = 0;    ///< of the last attempt
   std::int64_t disconnectedTime = 0;  ///< of the last loss
   std::int64_t connectedTime = 0;     ///< of the last time that the connection stood
-  std::int32_t connectedFlag = 0;     ///< 1 while it stands
+  std::int32_t connectedFlag = 0;     ///< 1 since it stood, 0 after a loss; a release or change of line leaves it
   std::string detailText;             ///< of the sender; the request tag of a failed answer
   std::string extraText;              ///< of the sender
   std::string processName;            ///< file name of the host's program

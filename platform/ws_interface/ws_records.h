@@ -31,7 +31,7 @@ struct WSVideoParam {
 
 /// The video to ask for.
 struct WSVideoInfo {
-  WSVideoParam videoParam;  ///< of the front end, or those of the last OnVideoParamRsp
+  WSVideoParam videoParam;  ///< of the front end, or, the format aside, those of the last OnVideoParamRsp with result 0
   char text1[256];          ///< empty
   char text2[256];          ///< empty
 };
