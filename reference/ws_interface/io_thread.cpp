@@ -46,6 +46,8 @@ class IoThread::LoopWaker final : public Waker {
   const std::shared_ptr<Loop> loop;
   const std::weak_ptr<WakerUser> user;
   // Guarded by the loop's mutex.
+  // From the first Wake on: until then the user may not have its waker in place yet.
+  bool isInUse = false;
   bool isWoken = false;
   bool isAtFault = false;
   std::optional<Clock::time_point> deadline;
@@ -98,7 +100,7 @@ IoThread::LoopWaker::~LoopWaker() {
 bool IoThread::LoopWaker::Wake() noexcept {
   const std::lock_guard<std::mutex> lock(loop->loopMutex);
   if (loop->context == nullptr) return false;
-  isWoken = loop->isWoken = true;
+  isInUse = isWoken = loop->isWoken = true;
   // What the thread waits for stays begun; it looks through the wakers and goes on.
   loop->context->stop();
   return true;
@@ -143,7 +145,7 @@ void IoThread::Loop::RunOne() {
 
 void IoThread::Loop::ReportFault() {
   const std::lock_guard<std::mutex> lock(loopMutex);
-  for (LoopWaker* const waker : wakers) waker->isAtFault = true;
+  for (LoopWaker* const waker : wakers) waker->isAtFault = waker->isInUse;
 }
 
 void IoThread::Loop::ServeWakers() {

@@ -9,15 +9,19 @@ Outbox::Verdict Outbox::Push(std::string text) {
   if (state != State::kOpen) return Verdict::kClosed;
   const std::size_t messages = waiting.size() + (writingBytes > 0 ? 1 : 0);
   if (messages >= kMaxMessages || waitingBytes + writingBytes + text.size() > kMaxBytes) return Verdict::kFull;
-  waitingBytes += text.size();
+  // Counted once it is in, since that may lack memory.
+  const std::size_t bytes = text.size();
   waiting.push_back(std::move(text));
+  waitingBytes += bytes;
   return std::exchange(writerAwake, true) ? Verdict::kQueued : Verdict::kQueuedWakeWriter;
 }
 
 void Outbox::PushOwn(std::string text) {
   const std::lock_guard<std::mutex> lock(boxMutex);
-  waitingBytes += text.size();
+  // Counted once it is in, since that may lack memory.
+  const std::size_t bytes = text.size();
   waiting.push_back(std::move(text));
+  waitingBytes += bytes;
   writerAwake = true;
 }
 
