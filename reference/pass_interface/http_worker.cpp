@@ -138,7 +138,7 @@ void HttpWorker::Loop::Leave(Finish finish) {
 
 void HttpWorker::Loop::Wait() {
   if (curl_multi_poll(multi.get(), nullptr, 0, kLongestWaitMs, nullptr) == CURLM_OK) return;
-  // Out of memory or descriptors. Without a pause the thread would spin until there are some again.
+  // Out of memory or descriptors, and nothing tells when there are some again. Without a pause the thread would spin.
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 

@@ -13,6 +13,7 @@ constexpr std::chrono::seconds kDelay{4};
 extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char* node, const char* service,
                                                                   const addrinfo* hints, addrinfo** found) {
   if (node != nullptr && std::string_view(node).starts_with("hanging.")) {
+    // This is the fault itself, a look-up that hangs. No test waits for its end.
     std::this_thread::sleep_for(kDelay);
     return EAI_NONAME;
   }

@@ -28,6 +28,7 @@ CloudFile AwaitCloudFile(const std::filesystem::path& file, std::chrono::millise
     std::ifstream text(file);
     CloudFile cloud = ParseCloudFile(text);
     if (cloud.ready || Interrupted() || std::chrono::steady_clock::now() >= deadline) return cloud;
+    // Another process writes the file, and standard C++ has no word when a file grows: it is looked at now and then.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
 }
