@@ -6,17 +6,30 @@
 #define SYNC_BRIEF_LOCK_H
 
 #include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <thread>
 
 #include "sync/thread_safety.h"
 
 namespace qv_data_interface {
 
+// Between two tries. A thread of higher priority must not only yield for ever: the one that holds the lock would never
+// run on its core.
+inline void GiveWay(std::size_t tries) {
+  constexpr std::size_t kPatientTries = 100;
+  if (tries < kPatientTries) {
+    std::this_thread::yield();
+  } else {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
 class QV_CAPABILITY("mutex") BriefLock {
  public:
   bool TryLock() QV_TRY_ACQUIRE(true) { return !held.exchange(true, std::memory_order_acquire); }
   void Lock() QV_ACQUIRE() {
-    while (!TryLock()) std::this_thread::yield();
+    for (std::size_t tries = 0; !TryLock(); ++tries) GiveWay(tries);
   }
   void Unlock() QV_RELEASE() { held.store(false, std::memory_order_release); }
 

@@ -6,8 +6,9 @@
 // and goes on to the next one when another thread is at it.
 //
 // Threads: every operation from any thread. Copy allocates nothing and waits for no change, and no change waits for
-// what is done with a copy. While a change is under way a copy is the value before it or after it. A value that is
-// replaced or taken is destroyed after the locks, for it may be the last pointer to something that calls back.
+// what is done with a copy. While a change is under way a copy is the value before it or after it, and a later copy may
+// be the older one: IsEmpty is exact. A value that is replaced or taken is destroyed after the locks, for it may be the
+// last pointer to something that calls back.
 // Ownership: every copy shares in the object.
 #ifndef SYNC_SPREAD_POINTER_H
 #define SYNC_SPREAD_POINTER_H
@@ -16,7 +17,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <thread>
 #include <utility>
 
 #include "sync/brief_lock.h"
@@ -37,8 +37,14 @@ class SpreadPointer {
         slot.lock.Unlock();
         return copy;
       }
-      if (tried % kSlots == kSlots - 1) std::this_thread::yield();
+      if (tried % kSlots == kSlots - 1) GiveWay(tried / kSlots);
     }
+  }
+
+  // Waits for a change that is under way.
+  bool IsEmpty() const {
+    const MutexLock lock(changeMutex);
+    return value == nullptr;
   }
 
   void Replace(Pointer newValue) {
@@ -121,7 +127,7 @@ class SpreadPointer {
 
   mutable std::array<Slot, kSlots> slots;
   // Held for the length of a change; Copy does without it.
-  Mutex changeMutex;
+  mutable Mutex changeMutex;
   Pointer value QV_GUARDED_BY(changeMutex);
 };
 
