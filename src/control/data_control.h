@@ -151,8 +151,9 @@ class CQVDataControl final : public IQVInternalDataInterface,
   std::string MakeUrl(const pass_interface::StreamEndpoints& endpoints);
   enum class InitWSOutcome { kConnectionHeld, kFailed, kOvertakenByRelease };
   InitWSOutcome InitWS(const pass_interface::StreamEndpoints& endpoints, Generation since);
-  void KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
+  bool KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
                      const std::shared_ptr<ws_interface::IWSInterface>& created, Generation since);
+  void TellNewerSessionIds(ws_interface::IWSInterface& connection, std::string told, Generation since);
   // Reports a failure and makes the outcome a result: 0 or -1. Apart from InitWS, because it calls the front end and
   // fills the telemetry, which ChangeIsp must not do with ispLock held.
   std::int32_t FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome);

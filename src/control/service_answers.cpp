@@ -70,11 +70,17 @@ void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint
            answer->message.c_str());
     return ReportRefusal(frontEnd, *answer, since);
   }
+  // Each step for this generation only: a release may pass at any moment, and an Init for another phone.
+  sessionId.Update([&](std::string& id) {
+    if (generation == since) id = answer->sessionId;
+  });
+  // After that: a connection that is being built either sees the new id or can be found here.
   const auto connection = wsConnection.Copy();
   if (generation != since) return;
-  sessionId.Replace(answer->sessionId);
   if (connection) connection->SetSessionId(answer->sessionId.c_str());
-  status.FillIfMade([&answer](Status& data) { data.sessionId = answer->sessionId; });
+  status.FillIfMade([&](Status& data) {
+    if (generation == since) data.sessionId = answer->sessionId;
+  });
 }
 
 void CQVDataControl::ReportFailedAnswer(const FrontEnd& frontEnd, std::int32_t code, const std::string& requestTag) {

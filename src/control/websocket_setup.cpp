@@ -77,7 +77,7 @@ std::string CQVDataControl::MakeUrl(const pass_interface::StreamEndpoints& endpo
          std::to_string(endpoints.webSocketPort);
 }
 
-void CQVDataControl::KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
+bool CQVDataControl::KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
                                    const std::shared_ptr<ws_interface::IWSInterface>& created, Generation since) {
   bool isKept = false;
   try {
@@ -88,6 +88,14 @@ void CQVDataControl::KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
     throw;
   }
   if (!isKept) manager.DestroyWS(created);
+  return isKept;
+}
+
+// A session may be refreshed between the copy of its id for a new connection and the moment that connection can be found.
+void CQVDataControl::TellNewerSessionIds(ws_interface::IWSInterface& connection, std::string told, Generation since) {
+  for (std::string newest; (newest = sessionId.Copy()) != told && generation == since; told.swap(newest)) {
+    connection.SetSessionId(newest.c_str());
+  }
 }
 
 CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints,
@@ -100,15 +108,17 @@ CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::Strea
   // Copied first and checked then, so that all of it is of this generation.
   if (generation != since) return InitWSOutcome::kOvertakenByRelease;
 
-  if (!wsConnection.Copy() && manager) {
+  if (wsConnection.IsEmpty() && manager) {
     const std::shared_ptr<ws_interface::IWSInterfaceNotic> sink = shared_from_this();
     const auto created = manager->CreateWS(credential.c_str(), url.c_str(), &records.connectInfo, &records.videoInfo,
                                            &records.defaultParam, &records.systemParam, sink, 0);
     // Not kept when another answer was faster, whose connection stays, or when a release has passed.
-    if (created) KeepOrDestroy(*manager, created, since);
+    if (created && KeepOrDestroy(*manager, created, since)) {
+      TellNewerSessionIds(*created, records.connectInfo.sessionIdText, since);
+    }
   }
   if (generation != since || initState == kStateReleasing) return InitWSOutcome::kOvertakenByRelease;
-  return wsConnection.Copy() ? InitWSOutcome::kConnectionHeld : InitWSOutcome::kFailed;
+  return wsConnection.IsEmpty() ? InitWSOutcome::kFailed : InitWSOutcome::kConnectionHeld;
 }
 
 std::int32_t CQVDataControl::FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome) {

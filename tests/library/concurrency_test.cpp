@@ -43,6 +43,18 @@ TEST_F(Concurrency, BeforeTheAnswerNoLineOfTheLastPhoneIsTaken) {
   ReleaseAndExpectNothingLeft();
 }
 
+TEST_F(Concurrency, ASessionThatIsRenewedWhileItsConnectionIsBuiltReachesIt) {
+  Connect();
+  At("wsManager.CreateWS", [&] {
+    auto renewed = std::make_shared<pass_interface::RefreshSessionRsp>();
+    renewed->code = 0;
+    renewed->sessionId = "session-9";
+    PassSink()->OnRefreshSessionRsp(0, 200, renewed);
+  });
+  EXPECT_EQ(controller->ChangeIsp(1), 0);
+  EXPECT_THAT(Take(), Contains("ws.SetSessionId(session-9)").Times(1));
+}
+
 TEST_F(Concurrency, EveryThreadAgainstEveryOther) {
   // The controller itself serves as the sinks, so that notices come at every moment, after a release too.
   auto& pass = dynamic_cast<pass_interface::IPassInterfaceNotic&>(*controller);
