@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
@@ -21,7 +22,7 @@ class Setting {
   class Lock {
    public:
     explicit Lock(std::atomic_flag& isHeld) : isHeld(isHeld) {
-      while (isHeld.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
+      while (isHeld.test_and_set(std::memory_order_acquire)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     ~Lock() { isHeld.clear(std::memory_order_release); }
     Lock(const Lock&) = delete;

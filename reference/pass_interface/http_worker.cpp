@@ -33,7 +33,8 @@ class HttpWorker::Loop {
  public:
   Loop() : multi(curl_multi_init()) { active.reserve(kMaximumOutstandingRequests); }
 
-  bool IsUsable() const { return multi != nullptr; }
+  // Without a wake-up (no descriptors left for one) a request would wait for the time-out of the one before.
+  bool IsUsable() const { return multi && curl_multi_wakeup(multi.get()) == CURLM_OK; }
   std::int32_t Submit(std::unique_ptr<HttpTransfer>& transfer);
   void Stop();
   // The thread's function.
