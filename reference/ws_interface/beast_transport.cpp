@@ -20,6 +20,7 @@
 #include "reference/common/settings.h"
 #include "reference/common/tls_fault.h"
 #include "reference/ws_interface/log.h"
+#include "reference/ws_interface/name_lookup.h"
 #include "reference/ws_interface/tls.h"
 
 namespace reference::ws {
@@ -63,7 +64,7 @@ template <class Stream>
 class BeastTransport final : public Transport, public std::enable_shared_from_this<BeastTransport<Stream>> {
  public:
   BeastTransport(asio::io_context& context, Endpoint endpoint, std::chrono::milliseconds keepAlive)
-      : context(context), endpoint(std::move(endpoint)), keepAlive(keepAlive), resolver(context) {}
+      : context(context), endpoint(std::move(endpoint)), keepAlive(keepAlive) {}
 
   void Open(std::weak_ptr<TransportSink> newSink) override {
     sink = std::move(newSink);
@@ -82,8 +83,6 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
     closed = true;
     // Without a closing hand-shake: it would wait for a peer that may be the reason for closing.
     if (stream) beast::get_lowest_layer(*stream).close();
-    // Takes memory. Without, the look-up goes on in vain.
-    Guarded(kLogTag, "giving up a name's look-up", [this] { resolver.cancel(); });
   }
 
   const char* Stage() const override { return stage; }
@@ -172,16 +171,15 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
   void Resolve() {
     const Endpoint& first = proxy ? *proxy : endpoint;
-    resolver.async_resolve(
-        first.host, std::to_string(first.port), tcp::resolver::numeric_service,
-        Handler([](BeastTransport& self, error_code error, const tcp::resolver::results_type& addresses) {
-          if (error) return self.Fail(error);
-          self.Tell([](TransportSink& held) { held.OnResolved(); });
-          if (!self.closed) self.Connect(addresses);
-        }));
+    LookUp(context, first.host, first.port,
+           Handler([](BeastTransport& self, error_code error, const Addresses& addresses) {
+             if (error) return self.Fail(error);
+             self.Tell([](TransportSink& held) { held.OnResolved(); });
+             if (!self.closed) self.Connect(addresses);
+           }));
   }
 
-  void Connect(const tcp::resolver::results_type& addresses) {
+  void Connect(const Addresses& addresses) {
     stage = "connecting by TCP";
     beast::get_lowest_layer(*stream).async_connect(addresses, Then([](BeastTransport& self) { self.Connected(); }));
   }
@@ -277,7 +275,6 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
   std::weak_ptr<TransportSink> sink;
   const char* stage = "waiting";
   bool closed = false;
-  tcp::resolver resolver;
   std::optional<Endpoint> proxy;
   std::optional<Tunnel> tunnel;
   // Outlives the stream that refers to it.

@@ -20,7 +20,7 @@ namespace {
 
 namespace asio = boost::asio;
 
-// For what runs already on the thread, and for the resolver, which may hang while the network is down.
+// For what runs already on the thread, and for look-ups of names, which may hang while the network is down.
 constexpr std::chrono::milliseconds kPatience{250};
 
 using Clock = std::chrono::steady_clock;
@@ -232,7 +232,7 @@ void IoThread::Stop() {
   if (ending.get_id() == std::this_thread::get_id() || NoticeScope::IsInside()) return ending.detach();
   if (loop->WaitForEnd()) return ending.join();
   ending.detach();
-  LogInformation("the I/O thread", "a name resolution is still under way; it ends by itself");
+  LogInformation("the I/O thread", "a name's look-up or a notice is still under way; it ends by itself after that");
 }
 
 }  // namespace reference::ws

@@ -26,8 +26,8 @@ class IoThread final : public Reactor {
   std::shared_ptr<Transport> MakeTransport(const Endpoint& endpoint, std::chrono::milliseconds keepAlive) override;
 
   // Ends the thread after what it has been woken for, and waits for that; but not on the thread itself, not from inside any
-  // notice, and no longer than a moment for a name resolution, which cannot be interrupted: then the thread ends by
-  // itself. Needs no memory. May be called again. REQUIRES: the connections on this thread have been closed.
+  // notice, and no longer than a moment for the look-up of a name, which cannot be interrupted: then the thread
+  // ends by itself. Needs no memory. May be called again. REQUIRES: the connections on this thread have been closed.
   void Stop();
 
  private:

@@ -1,0 +1,69 @@
+#include "reference/ws_interface/name_lookup.h"
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/post.hpp>
+#include <chrono>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "reference/common/guarded.h"
+#include "reference/common/service_threads.h"
+#include "reference/ws_interface/log.h"
+
+namespace reference::ws {
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+
+struct Question {
+  asio::executor_work_guard<asio::io_context::executor_type> context;
+  std::string host;
+  std::string port;
+  LookUpHandler handler;
+  error_code error;
+  Addresses addresses;
+};
+
+// The thread may end after the handler has been called, and must then own nothing of it, nor of the context.
+void Answer(const std::shared_ptr<Question>& question) {
+  asio::post(question->context.get_executor(), [question] {
+    const Question answered = std::move(*question);
+    answered.handler(answered.error, answered.addresses);
+  });
+}
+
+void Ask(const std::shared_ptr<Question>& question) {
+  question->error = asio::error::no_memory;
+  Guarded(kLogTag, "a name's look-up", [&] {
+    asio::io_context own(1);
+    question->addresses =
+        tcp::resolver(own).resolve(question->host, question->port, tcp::resolver::numeric_service, question->error);
+  });
+  // The context waits for the answer, however long there is no memory for handing it over.
+  while (!Guarded(kLogTag, "a name's look-up", [&] { Answer(question); })) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
+}  // namespace
+
+void LookUp(asio::io_context& context, const std::string& host, std::uint16_t port, LookUpHandler handler) {
+  auto question = std::make_shared<Question>(
+      Question{asio::make_work_guard(context), host, std::to_string(port), std::move(handler), {}, {}});
+  error_code notDigits;
+  const asio::ip::address address = asio::ip::make_address(host, notDigits);
+  if (!notDigits) {
+    question->addresses = Addresses::create(tcp::endpoint(address, port), host, question->port);
+    return Answer(question);
+  }
+  std::thread([question, ticket = ServiceThreadTicket()]() mutable {
+    Ask(question);
+    // Before the ticket, which says that nothing of this thread is left.
+    question.reset();
+  }).detach();
+}
+
+}  // namespace reference::ws

@@ -1,0 +1,28 @@
+// From a host's name to its addresses, on a thread of the look-up's own.
+//
+// A look-up cannot be interrupted and may hang for half a minute while the network is down. asio's resolvers of one context
+// share one thread, on which it would hold up every other connection's.
+//
+// Threads: LookUp on the context's thread; the handler is called and destroyed there, never from inside LookUp.
+// Ownership: the context stays at work, and so alive, until the handler has been called.
+#ifndef REFERENCE_WS_INTERFACE_NAME_LOOKUP_H
+#define REFERENCE_WS_INTERFACE_NAME_LOOKUP_H
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace reference::ws {
+
+using Addresses = boost::asio::ip::tcp::resolver::results_type;
+using LookUpHandler = std::function<void(const boost::system::error_code&, const Addresses&)>;
+
+// host may be an address in digits, which needs no look-up. Throws std::bad_alloc, or std::system_error when the thread
+// cannot be started; the handler is not called then.
+void LookUp(boost::asio::io_context& context, const std::string& host, std::uint16_t port, LookUpHandler handler);
+
+}  // namespace reference::ws
+
+#endif
