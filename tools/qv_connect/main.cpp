@@ -4,12 +4,14 @@
 #include <iostream>
 
 #include "qv_data_interface/data_interface.h"
+#include "tools/qv_connect/collector_store.h"
 #include "tools/qv_connect/connection.h"
+#include "tools/qv_connect/history.h"
 #include "tools/qv_connect/host_system.h"
 #include "tools/qv_connect/interrupt.h"
 #include "tools/qv_connect/options.h"
+#include "tools/qv_connect/output_file.h"
 #include "tools/qv_connect/report.h"
-#include "tools/qv_connect/timeline.h"
 
 namespace qv_connect {
 namespace {
@@ -38,11 +40,37 @@ DrawStyle StyleFor(bool isTerminal) {
   return style;
 }
 
-void ReadMilestones(const Options& options, std::int64_t sinceMs, Report& report) {
-  Timelines timelines = ReadTimelines(options.dataDir, options.target, sinceMs);
-  if (!timelines.error.empty()) std::cerr << "qv_connect: no timeline: " << timelines.error << std::endl;
-  report.milestones = std::move(timelines.current);
-  if (options.compare) report.before = std::move(timelines.before);
+// For the comparison many connections may have failed since the one before that reached its first frame.
+constexpr std::size_t kConnectionsRead = 200;
+
+void TakeTimelines(const Options& options, std::int64_t sinceMs, const std::vector<StoredConnection>& connections,
+                   Report& report) {
+  const StoredConnection* const current = FindThis(connections, sinceMs);
+  const StoredConnection* const before = options.compare ? FindBefore(connections, sinceMs) : nullptr;
+  if (current != nullptr) report.milestones = MilestonesOf(*current);
+  if (before != nullptr) report.before = MilestonesOf(*before);
+}
+
+// False when the page was wanted and could not be written; the error output then says why. A page is written even when
+// the collector knows nothing: with what this program saw of the connection.
+bool TellWhatWasCollected(const Options& options, std::int64_t sinceMs, Report& report) {
+  if (!options.timeline && options.reportFile.empty()) return true;
+  std::vector<StoredConnection> connections;
+  std::string missing;
+  try {
+    connections = ReadConnections(options.dataDir, options.target, kConnectionsRead);
+    if (FindThis(connections, sinceMs) == nullptr) {
+      missing = "the collector's file holds no milestones of this connection";
+    }
+  } catch (const std::runtime_error& error) {
+    missing = error.what();
+  }
+  if (!missing.empty()) std::cerr << "qv_connect: no timeline: " << missing << std::endl;
+  if (options.timeline) TakeTimelines(options, sinceMs, connections, report);
+  if (options.reportFile.empty()) return true;
+  const std::string why = WriteFile(options.reportFile, PageReport(report, connections, sinceMs, WallClockMs()));
+  if (!why.empty()) std::cerr << "qv_connect: " << options.reportFile << " cannot be written: " << why << std::endl;
+  return why.empty();
 }
 
 int Run(int argc, const char* const* argv) {
@@ -67,7 +95,7 @@ int Run(int argc, const char* const* argv) {
   report.sessionFromCache = connection.SessionFromCache();
   report.firstFrameMs = connection.FirstFrameMs();
   report.lines = console.Lines();
-  if (options.timeline) ReadMilestones(options, startMs, report);
+  const bool told = TellWhatWasCollected(options, startMs, report);
 
   human << DrawReport(report, StyleFor(options.json ? ErrorOutputIsTerminal() : OutputIsTerminal())) << std::flush;
   if (options.json) std::cout << JsonReport(report) << std::flush;
@@ -75,7 +103,7 @@ int Run(int argc, const char* const* argv) {
     const std::string where = report.outcome.step.empty() ? "" : "failed at " + report.outcome.step + ": ";
     std::cerr << "qv_connect: " << where << Printable(report.outcome.message) << std::endl;
   }
-  return report.outcome.exitCode;
+  return report.outcome.exitCode == kExitSuccess && !told ? kExitInternal : report.outcome.exitCode;
 }
 
 }  // namespace

@@ -34,6 +34,12 @@ std::vector<Span> SpansOf(const Milestones& milestones) {
   return spans;
 }
 
+std::vector<std::string> SpanNames() {
+  std::vector<std::string> names;
+  for (const auto& span : kSpans) names.emplace_back(span.name);
+  return names;
+}
+
 std::int64_t TotalMs(const std::vector<Span>& spans) {
   std::int64_t total = 0;
   for (const Span& span : spans) total = std::max(total, span.startMs + span.durationMs);

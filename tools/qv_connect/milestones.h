@@ -24,6 +24,9 @@ struct Span {
 // set, is left out.
 std::vector<Span> SpansOf(const Milestones& milestones);
 
+// The names of all spans, in the order of a connection.
+std::vector<std::string> SpanNames();
+
 // To the end of the last span.
 std::int64_t TotalMs(const std::vector<Span>& spans);
 

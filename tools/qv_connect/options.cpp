@@ -119,6 +119,11 @@ void AddWork(CLI::App& app, Options& options) {
       ->group(group);
   app.add_flag("--timeline", options.timeline, "draw the milestones of the connection as a waterfall")->group(group);
   app.add_flag("--compare", options.compare, "as --timeline, beside the connection before")->group(group);
+  app.add_option("--report", options.reportFile,
+                 "write an HTML page: this connection and up to 20 before it, their slowest steps, what went wrong")
+      ->type_name("FILE.html")
+      ->check(NotEmpty())
+      ->group(group);
   app.add_flag("--json", options.json, "print one JSON object; everything else goes to the error output")->group(group);
 }
 

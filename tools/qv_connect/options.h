@@ -40,6 +40,7 @@ struct Options {
   bool timeline = false;
   bool compare = false;
   bool json = false;
+  std::string reportFile;  // empty: none
 
   std::chrono::milliseconds Timeout() const { return std::chrono::milliseconds(timeoutMs); }
 };

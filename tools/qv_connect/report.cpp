@@ -5,8 +5,13 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tools/qv_connect/history.h"
+#include "tools/qv_connect/html_page.h"
+
 namespace qv_connect {
 namespace {
+
+constexpr std::size_t kEarlierOnPage = 20;
 
 std::string Title(const std::string& which, const std::vector<Span>& spans) {
   return which + ": " + std::to_string(TotalMs(spans)) + " ms";
@@ -81,6 +86,25 @@ std::string JsonReport(const Report& report) {
   if (report.milestones) root["timeline"] = TimelineJson(*report.milestones);
   if (report.before) root["before"] = TimelineJson(*report.before);
   return Json::writeString(Json::StreamWriterBuilder(), root) + "\n";
+}
+
+std::string PageReport(const Report& report, const std::vector<StoredConnection>& newestFirst, std::int64_t sinceMs,
+                       std::int64_t nowMs) {
+  PageContent page{report.target, nowMs, kEarlierOnPage, HistoryOf(newestFirst)};
+  auto current = page.entries.begin();
+  if (const StoredConnection* const stored = FindThis(newestFirst, sinceMs)) {
+    current += stored - newestFirst.data();
+    if (current->sessionFromCache) current->sessionFromCache = report.sessionFromCache;
+  } else {
+    current = page.entries.insert(current, HistoryEntry());
+    current->beginMs = sinceMs;
+  }
+  current->isThis = true;
+  if (report.outcome.exitCode != kExitSuccess) current->failure = report.outcome.message;
+  // Another program may have connected meanwhile.
+  const auto shown = static_cast<std::size_t>(current - page.entries.begin()) + 1 + kEarlierOnPage;
+  if (page.entries.size() > shown) page.entries.resize(shown);
+  return HtmlPage(page);
 }
 
 }  // namespace qv_connect

@@ -1,4 +1,4 @@
-// What is left to say after the release: the waterfalls for people, one JSON object for machines.
+// What is left to say after the release: the waterfalls for people, one JSON object for machines, a page for browsers.
 //
 // Threads: no shared state. Everything is a value.
 #ifndef TOOLS_QV_CONNECT_REPORT_H
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/qv_connect/collector_store.h"
 #include "tools/qv_connect/connection.h"
 #include "tools/qv_connect/console.h"
 #include "tools/qv_connect/milestones.h"
@@ -30,6 +31,10 @@ struct Report {
 std::string DrawReport(const Report& report, const DrawStyle& style);
 
 std::string JsonReport(const Report& report);
+
+// This connection, which began at or after sinceMs, and those before: an HTML page. nowMs, too, is since 1970-01-01 UTC.
+std::string PageReport(const Report& report, const std::vector<StoredConnection>& newestFirst, std::int64_t sinceMs,
+                       std::int64_t nowMs);
 
 }  // namespace qv_connect
 
