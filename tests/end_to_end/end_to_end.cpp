@@ -2,10 +2,7 @@
 
 #include <sqlite3.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <random>
 
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
@@ -14,26 +11,17 @@
 namespace end_to_end {
 namespace {
 
-struct LogHome {
-  LogHome() : path(NewDirectory()) {
+struct LogHome : tests::TemporaryDirectory {
+  LogHome() {
     qv_data_interface::QvLogParam param;
     param.level = 0;
     const std::string text = path.string();
     if (text.size() >= sizeof(param.path)) throw std::length_error("the temporary directory's name is too long");
-    text.copy(param.path, sizeof(param.path) - 1);
-    param.path[text.size()] = '\0';
+    param.path[text.copy(param.path, text.size())] = '\0';
     // One file for the whole run, so that the lines of a test stand behind those of the test before it.
     param.sizeSetting = 1024 * 1024;
     qv_data_interface::IQVDataInterface::SetLogParam(&param);
   }
-  ~LogHome() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-  LogHome(const LogHome&) = delete;
-  LogHome& operator=(const LogHome&) = delete;
-
-  const std::filesystem::path path;
 };
 
 constexpr char kSessionMarker[] = "marker/of+session-";
@@ -62,19 +50,6 @@ std::filesystem::path LogFile() {
 
 }  // namespace
 
-std::filesystem::path NewDirectory() {
-  std::random_device random;
-  auto path = std::filesystem::temp_directory_path() /
-              ("qv_end_to_end-" + std::to_string(random()) + "-" + std::to_string(random()));
-  if (!std::filesystem::create_directory(path)) throw std::runtime_error("cannot make " + path.string());
-  return path;
-}
-
-std::string ReadFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-}
-
 std::filesystem::path LogDirectory() {
   static const LogHome home;
   return home.path;
@@ -85,8 +60,7 @@ void EndToEnd::SetUpTestSuite() {
 }
 
 EndToEnd::EndToEnd()
-    : directory(NewDirectory()),
-      search(And(Keys(), {credential1, credential2, credential3, kSessionMarker})),
+    : search(And(Keys(), {credential1, credential2, credential3, kSessionMarker})),
       controller(qv_data_interface::IQVDataInterface::Create()),
       logBegin(std::filesystem::file_size(LogFile())) {
   reference::SetDataDirectory(directory);
@@ -101,8 +75,6 @@ EndToEnd::~EndToEnd() {
   cloud.reset();
   EXPECT_EQ(And(search.InFiles(directory), search.InFiles(LogDirectory())), Texts{}) << "a secret has leaked";
   if (HasFailure()) std::cout << "The log of this test:\n" << Log();
-  std::error_code ignored;
-  std::filesystem::remove_all(directory, ignored);
 }
 
 void EndToEnd::StartCloud(qv_cloud::CloudOptions options) {

@@ -8,13 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -22,29 +19,19 @@
 
 #include "qv_data_interface/qv_data_interface.h"
 #include "tests/end_to_end/secret_search.h"
+#include "tests/reference/common/notice_record.h"
+#include "tests/reference/common/temporary_directory.h"
 #include "tools/qv_cloud/cloud.h"
 
 namespace end_to_end {
 
-inline constexpr std::chrono::seconds kPatience{10};
+using tests::kPatience;
+using tests::ReadFile;
 
 using Texts = std::vector<std::string>;
 
-// An ordered list of texts. WaitFor waits until that many of them begin with the given text; when they do not come in
-// time, it fails the test with the whole list and says false.
-class Record {
- public:
-  void Add(std::string text);
-  [[nodiscard]] bool WaitFor(const std::string& beginning, std::size_t times = 1) const;
-  std::size_t Count(const std::string& beginning) const;
-  Texts All() const;
-
- private:
-  std::size_t CountLocked(const std::string& beginning) const;
-
-  mutable std::mutex mutex;
-  mutable std::condition_variable grown;
-  Texts texts;
+struct Record : tests::NoticeRecord {
+  Texts All() const { return Lines(); }
 };
 
 // Plays 264. The reaction is called with each notice after it was recorded, on the thread of the notice.
@@ -64,16 +51,11 @@ class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
                  std::uint32_t value5, std::uint32_t value6, std::uint32_t value7, std::uint32_t value8,
                  std::uint32_t value9, std::uint32_t value10) override;
   void OnFirstFrame(std::uint64_t sequence, std::uint64_t time, std::uint64_t size, std::uint32_t format) override;
-  void OnNotice7() override { Tell("OnNotice7"); }
+  void OnNotice7() override { notices.Add("OnNotice7"); }
   std::int32_t OnNotice8(const char* text) override;
   void OnVideoParamRsp(std::int32_t result, std::uint64_t value, std::uint16_t frameRate, std::uint32_t bitRate,
                        std::uint16_t width, std::uint16_t height) override;
   void OnIspList(const qv_data_interface::IspItem* items, std::uint64_t count) override;
-
- private:
-  void Tell(const std::string& notice);
-
-  const Reaction reaction;
 };
 
 class EndToEnd : public testing::Test {
@@ -105,7 +87,8 @@ class EndToEnd : public testing::Test {
   // Runs one statement on a database of the data directory; each row's columns joined by '|'.
   Texts Sql(const char* file, const std::string& statement) const;
 
-  std::filesystem::path directory;
+  const tests::TemporaryDirectory home;
+  const std::filesystem::path& directory = home.path;
   // The credentials, and what the cloud's sessions begin with, are found wherever they do not belong.
   std::string credential1 = "marker/of+credential-1", credential2 = "marker/of+credential-2",
               credential3 = "marker/of+credential-3", targetId = "phone-1";
@@ -137,8 +120,6 @@ qv_cloud::Faults With(Member qv_cloud::Faults::*member, std::type_identity_t<Mem
   return faults;
 }
 
-std::filesystem::path NewDirectory();
-std::string ReadFile(const std::filesystem::path& file);
 std::filesystem::path LogDirectory();
 
 }  // namespace end_to_end

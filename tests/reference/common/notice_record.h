@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <functional>
+#include <iostream>
 #include <mutex>
 #include <sstream>
 #include <string>
@@ -21,19 +22,7 @@ class NoticeRecord {
   // Called inside each notice with its line.
   std::function<void(const std::string&)> inside;
 
-  std::vector<std::string> Lines() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return lines;
-  }
-
-  // False when not so many lines begin like this after kPatience.
-  [[nodiscard]] bool WaitFor(const std::string& beginning, std::ptrdiff_t times = 1) {
-    std::unique_lock<std::mutex> lock(mutex);
-    const auto fits = [&](const std::string& line) { return line.starts_with(beginning); };
-    return added.wait_for(lock, kPatience, [&] { return std::count_if(lines.begin(), lines.end(), fits) >= times; });
-  }
-
- protected:
+  // The values make a line, with blanks between them.
   template <class... Values>
   void Add(const Values&... values) {
     std::ostringstream stream;
@@ -47,9 +36,33 @@ class NoticeRecord {
     if (inside) inside(stream.str());
   }
 
+  std::vector<std::string> Lines() const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return lines;
+  }
+
+  std::size_t Count(const std::string& beginning) const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return CountLocked(beginning);
+  }
+
+  // When not so many lines begin like this after kPatience, it prints the whole list and says false.
+  [[nodiscard]] bool WaitFor(const std::string& beginning, std::size_t times = 1) const {
+    std::unique_lock<std::mutex> lock(mutex);
+    if (added.wait_for(lock, kPatience, [&] { return CountLocked(beginning) >= times; })) return true;
+    std::cerr << '"' << beginning << "\" did not come " << times << " times; what came:\n";
+    for (const std::string& line : lines) std::cerr << "  " << line << '\n';
+    return false;
+  }
+
  private:
-  std::mutex mutex;
-  std::condition_variable added;
+  std::size_t CountLocked(const std::string& beginning) const {
+    const auto fits = [&](const std::string& line) { return line.starts_with(beginning); };
+    return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), fits));
+  }
+
+  mutable std::mutex mutex;
+  mutable std::condition_variable added;
   std::vector<std::string> lines;
 };
 
