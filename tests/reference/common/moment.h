@@ -1,12 +1,11 @@
-// How a test waits for another thread, and a sink that dies as the library's controller does: with a last act.
+// How a test waits for another thread.
 //
-// Threads: a moment from any; a sink dies on the thread that drops it last. Ownership: a sink owns what its act holds.
+// Threads: any. Ownership: none.
 #ifndef TESTS_REFERENCE_COMMON_MOMENT_H
 #define TESTS_REFERENCE_COMMON_MOMENT_H
 
 #include <chrono>
 #include <condition_variable>
-#include <functional>
 #include <mutex>
 
 namespace tests {
@@ -30,14 +29,6 @@ class Moment {
   std::mutex mutex;
   std::condition_variable changed;
   bool hasCome = false;
-};
-
-template <class Sink>
-struct DyingSink : Sink {
-  ~DyingSink() override {
-    if (lastAct) lastAct();
-  }
-  std::function<void()> lastAct;
 };
 
 }  // namespace tests

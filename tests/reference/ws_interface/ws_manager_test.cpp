@@ -6,9 +6,6 @@
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/read.hpp>
-#include <boost/beast/websocket/stream.hpp>
-#include <future>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -22,8 +19,6 @@ namespace reference::ws {
 namespace {
 
 using boost::asio::ip::tcp;
-using Lines = std::vector<std::string>;
-using std::chrono::steady_clock;
 
 // The system takes connections to it over TCP as long as it lives; nobody answers them.
 struct SilentPeer {
@@ -52,8 +47,11 @@ TEST_F(WsManagerTest, OnlyAnInitialisedManagerMakesConnections) {
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(manager->Initialise(10, 5000), kTaken);
     EXPECT_EQ(manager->Initialise(10, 5000), kTaken);
-    EXPECT_TRUE(Create(peer.Url()));
+    const auto connection = Create(peer.Url());
+    ASSERT_TRUE(connection);
     manager->Stop();
+    EXPECT_EQ(connection->SendDummyReq(), kNotConnected);
+    EXPECT_EQ(connection->SetSessionId("s-2"), kTaken);
     EXPECT_FALSE(Create(peer.Url()));
     manager->Stop();
   }
@@ -62,71 +60,22 @@ TEST_F(WsManagerTest, OnlyAnInitialisedManagerMakesConnections) {
 TEST_F(WsManagerTest, ABadArgumentMakesNoConnection) {
   manager->Initialise(10, 5000);
   const char* const url = "ws://127.0.0.1:1";
-  const auto create = [this](auto... arguments) { return manager->CreateWS(arguments..., sink, 0); };
-  EXPECT_FALSE(create("user", "wss://:443", &connectInfo, &videoInfo, &defaultParam, &systemParam));
-  EXPECT_FALSE(create("user", nullptr, &connectInfo, &videoInfo, &defaultParam, &systemParam));
-  EXPECT_FALSE(create(nullptr, url, &connectInfo, &videoInfo, &defaultParam, &systemParam));
-  EXPECT_FALSE(create("user", url, nullptr, &videoInfo, &defaultParam, &systemParam));
-  EXPECT_FALSE(create("user", url, &connectInfo, nullptr, &defaultParam, &systemParam));
-  EXPECT_FALSE(create("user", url, &connectInfo, &videoInfo, nullptr, &systemParam));
-  EXPECT_FALSE(create("user", url, &connectInfo, &videoInfo, &defaultParam, nullptr));
   const ws_interface::WSSystemParam noInterval{1, 0, 0, 0};
-  EXPECT_FALSE(create("user", url, &connectInfo, &videoInfo, &defaultParam, &noInterval));
   ws_interface::WSConnectInfo unterminated = connectInfo;
   std::fill(std::begin(unterminated.identityText), std::end(unterminated.identityText), 'x');
-  EXPECT_FALSE(create("user", url, &unterminated, &videoInfo, &defaultParam, &systemParam));
-  sink.reset();
-  EXPECT_FALSE(Create(url));
-}
-
-TEST_F(WsManagerTest, ARefusedConnectionAndASilentPeerAreReportedAndTriedAgain) {
-  const SilentPeer silent;
-  const struct {
-    std::string url;
-    std::uint32_t timeoutMs;
-  } peers[] = {{silent.Url(), 50}, {SilentPeer().Url(), 60000}};
-  for (const auto& peer : peers) {
-    sink = std::make_shared<RecordingSink>();
-    manager->Initialise(10, peer.timeoutMs);
-    Create(peer.url);
-    ASSERT_TRUE(sink->WaitFor("state 1", 2)) << peer.timeoutMs;
-    const Lines lines = sink->Lines();
-    EXPECT_EQ(Lines(lines.begin(), lines.begin() + 4), (Lines{"state 1", "step 5", "state 0", "state 1"}));
+  const auto create = [this](const char* target, auto* connect, auto* system) {
+    return manager->CreateWS("user", target, connect, &videoInfo, &defaultParam, system, sink, 0);
+  };
+  EXPECT_TRUE(create(url, &connectInfo, &systemParam));
+  EXPECT_FALSE(create("wss://:443", &connectInfo, &systemParam));
+  EXPECT_FALSE(create(url, &unterminated, &systemParam));
+  EXPECT_FALSE(create(url, &connectInfo, &noInterval));
+  for (int missing = 0; missing < 7; ++missing) {
+    const auto given = [missing](int number, auto pointer) { return number == missing ? nullptr : pointer; };
+    EXPECT_FALSE(manager->CreateWS(given(0, "user"), given(1, url), given(2, &connectInfo), given(3, &videoInfo),
+                                   given(4, &defaultParam), given(5, &systemParam), given(6, sink), 0))
+        << missing;
   }
-}
-
-TEST_F(WsManagerTest, APeerSilentForTwoKeepAliveIntervalsIsLost) {
-  SilentPeer peer;
-  // Grants the connection and lets it stand, reading no WebSocket frame and so answering no ping.
-  const auto granted = std::async(std::launch::async, [&] {
-    boost::beast::websocket::stream<tcp::socket> stream(peer.acceptor.accept());
-    stream.accept();
-    const std::string grant = R"({"type":"authRsp","code":0,"message":"success","formats":"264"})";
-    stream.write(boost::asio::buffer(grant));
-    std::string rest;
-    boost::system::error_code dropped;
-    boost::asio::read(stream.next_layer(), boost::asio::dynamic_buffer(rest), dropped);
-  });
-  systemParam = {1, 50, 0, 0};
-  manager->Initialise(10, 60000);
-  Create(peer.Url());
-  EXPECT_TRUE(sink->WaitFor("state 2"));
-  EXPECT_TRUE(sink->WaitFor("state 0"));
-  manager->Stop();
-}
-
-TEST_F(WsManagerTest, StopDoesNotWaitForASilentPeerAndEndsTheNotices) {
-  const SilentPeer peer;
-  manager->Initialise(10, 60000);
-  const auto connection = Create(peer.Url());
-  ASSERT_TRUE(sink->WaitFor("step 5"));
-  const auto begin = steady_clock::now();
-  manager->Stop();
-  manager.reset();
-  EXPECT_LT(steady_clock::now() - begin, tests::kPatience);
-  EXPECT_EQ(sink->Lines(), (Lines{"state 1", "step 5"}));
-  EXPECT_EQ(connection->SendDummyReq(), kNotConnected);
-  EXPECT_EQ(connection->SetSessionId("s-2"), kTaken);
 }
 
 TEST_F(WsManagerTest, ManagersShareAThreadACoreWhichEndsWithTheLastOfThem) {
@@ -152,36 +101,6 @@ TEST_F(WsManagerTest, ManagersShareAThreadACoreWhichEndsWithTheLastOfThem) {
     each->Stop();
   }
   EXPECT_TRUE(WaitForServiceThreads({}));
-}
-
-// The sink is the manager's owner, as the library's controller is.
-TEST_F(WsManagerTest, ASinkThatDiesInsideItsNoticeStopsItsManagerThere) {
-  const SilentPeer peer;
-  for (const std::string last : {"state 1", "step 5", "state 0"}) {
-    tests::Moment ready, died;
-    std::thread::id noticeThread, deathThread;
-    auto owner = std::make_shared<tests::DyingSink<RecordingSink>>();
-    owner->inside = [&](const std::string& line) {
-      if (line != last) return;
-      EXPECT_TRUE(ready.Await());
-      noticeThread = std::this_thread::get_id();
-      owner.reset();
-    };
-    sink = owner;
-    manager->Initialise(10, 50);
-    owner->lastAct = [&, connection = Create(peer.Url()), owned = manager]() mutable {
-      owned->DestroyWS(connection);
-      owned->Stop();
-      owned.reset();
-      deathThread = std::this_thread::get_id();
-      died.Come();
-    };
-    manager = std::make_shared<WsManager>();
-    sink.reset();
-    ready.Come();
-    ASSERT_TRUE(died.Await()) << last;
-    EXPECT_EQ(deathThread, noticeThread) << last;
-  }
 }
 
 }  // namespace
