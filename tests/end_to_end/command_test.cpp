@@ -1,7 +1,6 @@
-// What the front end sends reaches the phone as it was sent, on the line that was chosen.
-#include <limits>
-
+// What is typed for the front end to send reaches the phone as it was typed, on the line that was chosen.
 #include "tests/end_to_end/end_to_end.h"
+#include "tools/qv_connect/commands.h"
 
 namespace end_to_end {
 namespace {
@@ -10,42 +9,35 @@ using qv_cloud::CloudStats;
 using qv_cloud::kDefaultLine;
 using qv_cloud::kLineA;
 using qv_cloud::kLineB;
-using qv_data_interface::IQVDataDummyReqInterface;
-using qv_data_interface::IQVDataInterface;
+using qv_connect::ParseCommand;
 
-struct Command {
-  std::int32_t (*send)(IQVDataInterface& controller);
-  std::uint32_t slot;
-  const char* args;
-};
-
-constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
-
-const Command kCommands[] = {
-    {[](IQVDataInterface& c) { return c.SendInReq3(1, kLargest, 3, -4); }, 3, "[1,18446744073709551615,3,-4]"},
-    {[](IQVDataInterface& c) { return c.SendInReq4(kLargest, 0); }, 2, "[18446744073709551615,0]"},
-    {[](IQVDataInterface& c) { return c.SendInReq5(0.5F, 1.5F, -2.5F, 3.5F, 4.5F, 5.5F, 6.5F, 7.5F); }, 4,
-     "[0.5,1.5,-2.5,3.5,4.5,5.5,6.5,7.5]"},
-    {[](IQVDataInterface& c) { return c.SendInReq6(-1, 0.25F, 0.5F, 0.75F); }, 5, "[-1,0.25,0.5,0.75]"},
-    {[](IQVDataInterface& c) { return c.SendInReq7("one", "two \"quoted\""); }, 6, R"(["one","two \"quoted\""])"},
-    {[](IQVDataInterface& c) { return c.SendInReq8("told back"); }, 7, R"(["told back"])"},
-    {[](IQVDataInterface& c) { return c.SendInReq9(""); }, 8, R"([""])"},
-    {[](IQVDataInterface& c) { return c.SendInReq10(10, 11); }, 10, "[10,11]"},
-    {[](IQVDataInterface& c) { return c.SendInReq11(1, 2, 3, -4); }, 11, "[1,2,3,-4]"},
-    {[](IQVDataInterface& c) { return c.SendInMicParamReq(1, 48000, 2); }, 12, "[1,48000,2]"},
-    {[](IQVDataInterface& c) { return c.SendInReq13(13, 14); }, 13, "[13,14]"},
-    {[](IQVDataInterface& c) { return c.SendInCameraParamReq(264, 640, 480, kLargest, -5); }, 14,
-     "[264,640,480,18446744073709551615,-5]"},
-    {[](IQVDataInterface& c) { return c.SendInReq15(25, 99); }, 15, "[25,99]"},
-    {[](IQVDataInterface& c) { return c.SendInReq16(16, 17); }, 16, "[16,17]"},
-    {[](IQVDataInterface& c) { return c.SendInReq17(-17); }, 17, "[-17]"},
-    {[](IQVDataInterface& c) { return dynamic_cast<IQVDataDummyReqInterface&>(c).SendDummyReq(); }, 18, "[]"},
+// What is typed, and the slot and the arguments that arrive.
+const struct {
+  const char* line;
+  const char* arrives;
+} kCommands[] = {
+    {"req3 1 18446744073709551615 3 -4", "3 [1,18446744073709551615,3,-4]"},
+    {"req4 18446744073709551615 0", "2 [18446744073709551615,0]"},
+    {"req5 .5 1.5 -2.5 3.5 4.5 5.5 6.5 7.5", "4 [0.5,1.5,-2.5,3.5,4.5,5.5,6.5,7.5]"},
+    {"req6 -1 0.25 .5 0.75", "5 [-1,0.25,0.5,0.75]"},
+    {R"(req7 one "and \"two\"")", R"(6 ["one","and \"two\""])"},
+    {"  req8\t\"told back\" ", R"(7 ["told back"])"},
+    {"req9 \"\"", R"(8 [""])"},
+    {"req10 10 11", "10 [10,11]"},
+    {"req11 1 2 3 -4", "11 [1,2,3,-4]"},
+    {"mic 1 -48000 2", "12 [1,-48000,2]"},
+    {"req13 13 14", "13 [13,14]"},
+    {"camera 264 640 480 18446744073709551615 -5", "14 [264,640,480,18446744073709551615,-5]"},
+    {"req15 25 99", "15 [25,99]"},
+    {"req16 16 17", "16 [16,17]"},
+    {"req17 -17", "17 [-17]"},
+    {"dummy", "18 []"},
 };
 
 struct Commands : EndToEnd {
   std::string SwitchTo(std::uint32_t line) {
     const std::size_t frames = frontEnd->notices.Count(kFirstFrame);
-    const std::int32_t result = controller->ChangeIsp(line);
+    const std::int32_t result = ParseCommand("line " + std::to_string(line)).call(*controller);
     if (result != 0) return "result " + std::to_string(result);
     return frontEnd->notices.WaitFor(kFirstFrame, frames + 1) && CloudHasConnections(1) ? Lines() : "no first frame";
   }
@@ -61,9 +53,11 @@ TEST_F(Commands, ArriveInOrderAndUnchangedAndAreAnswered) {
   StartCloud();
   ASSERT_TRUE(ConnectToFirstFrame());
   Texts sent = {"17 [" + std::to_string(kReconnectNumber) + "]"};
-  for (const Command& command : kCommands) {
-    EXPECT_EQ(command.send(*controller), 0) << command.slot;
-    sent.push_back(std::to_string(command.slot) + ' ' + command.args);
+  for (const auto& [line, arrives] : kCommands) {
+    const qv_connect::ParsedCommand command = ParseCommand(line);
+    ASSERT_TRUE(command.call) << command.error;
+    EXPECT_EQ(command.call(*controller), 0) << line;
+    sent.push_back(arrives);
   }
   // The text that the phone tells goes back to it, whenever it has come.
   constexpr std::uint32_t kEcho = 9;
