@@ -56,10 +56,6 @@ struct Harm {
   bool isMended;
 };
 
-void PrintTo(const Harm& harm, std::ostream* out) {
-  *out << harm.name;
-}
-
 class DiskTest : public EndToEnd {
  public:
   using EndToEnd::Sql;
@@ -140,6 +136,8 @@ TEST_P(HarmedDatabase, CostsTheCacheAndOneLineOfTheLogAndNothingElse) {
   for (const char* const name : kDatabases) {
     EXPECT_EQ(Lines(name + std::string(GetParam().line)), 1U) << name;
     EXPECT_EQ(Lines(name), 1U) << name;
+    const bool isAside = std::string(GetParam().line).ends_with("moved aside");
+    EXPECT_EQ(std::filesystem::exists(harmed / (std::string(name) + ".corrupt")), isAside) << name;
   }
 }
 
@@ -199,8 +197,7 @@ constexpr Harm kHarms[] = {
      " cannot be used: file is not a database; it is moved aside", true},
 };
 
-INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms),
-                         [](const auto& tested) { return tested.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms), kNameOf);
 
 TEST_F(DiskTest, ARowOfABuildWithAnotherKeyCostsARequestAndOneLineAndIsReplaced) {
   FillAndCopy();
