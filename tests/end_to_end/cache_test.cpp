@@ -10,10 +10,6 @@ struct Change {
   bool isHit;
 };
 
-void PrintTo(const Change& change, std::ostream* out) {
-  *out << change.name;
-}
-
 class ChangedRow : public EndToEnd, public testing::WithParamInterface<Change> {};
 
 TEST_P(ChangedRow, IsUsedOnlyWhenWholeAndValidForTenMinutes) {
@@ -41,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Change{"NineMinutesLeft", "expiry = CAST(strftime('%s') AS INTEGER) * 1000 + 540000", false},
                     Change{"Changed", "cipher_text = 'AAAA' || substr(cipher_text, 5)", false},
                     Change{"AnotherKey", "cache_key = cipher_text", false}),
-    [](const auto& tested) { return tested.param.name; });
+    kNameOf);
 
 struct Caching : EndToEnd {};
 

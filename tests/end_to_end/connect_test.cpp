@@ -1,41 +1,20 @@
 // The way of a connection to its first frame, from the service and from the cache, and what is left of it on disk.
-#include <map>
-
 #include "tests/end_to_end/end_to_end.h"
+#include "tools/qv_connect/history.h"
 
 namespace end_to_end {
 namespace {
 
 struct Connecting : EndToEnd {
-  // The milestones that went out with the newest first-frame message.
-  std::map<std::string, std::int64_t> Milestones() const {
-    std::map<std::string, std::int64_t> times;
-    for (const std::string& row : Sql("collector.db", R"(SELECT name, time FROM milestones WHERE message_id =
-           (SELECT max(id) FROM messages WHERE collect_type = 1 AND collect_status = 2))")) {
-      const std::size_t bar = row.find('|');
-      times[row.substr(0, bar)] = std::stoll(row.substr(bar + 1));
-    }
-    return times;
-  }
-
-  static void ExpectInOrder(const std::map<std::string, std::int64_t>& times) {
-    const Texts names = {"startGetInstanceInfo",
-                         "endGetInstanceInfo",
-                         "startConnect",
-                         "dnsParseSucc",
-                         "connectSucc",
-                         "startAuth",
-                         "onAuthR",
-                         "sendPlay",
-                         "onPlayR",
-                         "recvFirstFrame"};
-    EXPECT_EQ(times.size(), names.size());
-    std::int64_t before = 1;
-    for (const std::string& name : names) {
-      ASSERT_TRUE(times.contains(name)) << name;
-      EXPECT_GE(times.at(name), before) << name;
-      before = times.at(name);
-    }
+  // All of the newest connection's are there, and no step of it ends before it begins.
+  void ExpectWholeMilestones(std::size_t connections) {
+    const auto stored = qv_connect::ReadConnections(directory, targetId, connections + 1);
+    ASSERT_EQ(stored.size(), connections);
+    const qv_connect::Milestones& milestones = qv_connect::MilestonesOf(stored.front());
+    EXPECT_EQ(milestones.size(), 10U);
+    EXPECT_EQ(qv_connect::SpansOf(milestones).size(), 7U);
+    EXPECT_GE(milestones.at("startConnect"), milestones.at("endGetInstanceInfo"));
+    EXPECT_GE(milestones.at("startAuth"), milestones.at("connectSucc"));
   }
 
   // Those of the WebSocket library; the list of lines comes on another thread.
@@ -56,8 +35,7 @@ TEST_F(Connecting, TheSecondConnectOfAnIdentityIsServedFromTheCache) {
   EXPECT_EQ(ConnectionNotices(), kWayToTheFirstFrame);
   ASSERT_TRUE(frontEnd->notices.WaitFor("OnIspList 1=Line A 2=Line B"));
   EXPECT_EQ(Log().find("Hit session cache"), std::string::npos);
-  const auto first = Milestones();
-  ExpectInOrder(first);
+  ExpectWholeMilestones(1);
   ASSERT_TRUE(ReleaseIsPrompt());
 
   controller = qv_data_interface::IQVDataInterface::Create();
@@ -67,9 +45,7 @@ TEST_F(Connecting, TheSecondConnectOfAnIdentityIsServedFromTheCache) {
   EXPECT_NE(Log().find("[QV_DATA_INTERFACE][phone-1] Hit session cache"), std::string::npos);
   EXPECT_EQ(Stats().phoneConnects, 1U);
   EXPECT_EQ(Stats().authentications, 2U);
-  const auto second = Milestones();
-  ExpectInOrder(second);
-  EXPECT_GE(second.at("startGetInstanceInfo"), first.at("recvFirstFrame"));
+  ExpectWholeMilestones(2);
 }
 
 TEST_F(Connecting, TheCollectorHoldsARowAsLongAsTheConnectionAndEveryStatus) {

@@ -15,14 +15,6 @@ struct Case {
   const char* logged;  // part of a log line
 };
 
-std::string NameOf(const testing::TestParamInfo<Case>& tested) {
-  return tested.param.name;
-}
-
-void PrintTo(const Case& tested, std::ostream* out) {
-  *out << tested.name;
-}
-
 struct Faulty : EndToEnd {
   Faults ErrorAfterFiveFrames(std::uint32_t code) {
     Faults faults;
@@ -68,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "OnRefreshSessionRsp get http code [503]"},
                     Case{"Closed", With(&Faults::httpAnswer, HttpAnswer::closed),
                          "OnStatus 60702003: Http Req for refresh-session failed", "OnRefreshSessionRsp failed"}),
-    NameOf);
+    kNameOf);
 
 TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
   StartCloud(ErrorAfterFiveFrames(60102029));
@@ -78,17 +70,6 @@ TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
   EXPECT_TRUE(frontEnd->notices.WaitFor("OnStatus 60102030: reported by the cloud"));
   EXPECT_EQ(frontEnd->notices.Count("OnStatus 60102029"), 0U);
   EXPECT_EQ(frontEnd->States(), "CS");
-}
-
-TEST_F(Faulty, ADroppedConnectionIsBuiltAnewAndTakesCommandsAgain) {
-  StartCloud(With(&Faults::dropAfterFrames, 5));
-  ASSERT_TRUE(ConnectToFirstFrame());
-  ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));
-  EXPECT_EQ(frontEnd->States(), "CSDCS");
-  EXPECT_EQ(controller->SendInReq4(3, 4), 0);
-  EXPECT_TRUE(CloudSees([](const CloudStats& stats) { return stats.commands.size() == 3; }))
-      << "the number of reconnects for each connection, and the command";
-  EXPECT_EQ(Stats().commands.back().args, "[3,4]");
 }
 
 TEST_F(Faulty, ASessionThatIsNoLongerValidIsReportedWithoutAStormOfAttempts) {

@@ -18,10 +18,6 @@ struct Moment {
   bool (*hasCome)(const CloudStats& stats);
 };
 
-void PrintTo(const Moment& moment, std::ostream* out) {
-  *out << moment.name;
-}
-
 class ReleaseAt : public EndToEnd, public testing::WithParamInterface<Moment> {};
 
 TEST_P(ReleaseAt, IsPromptAndFinalAndTheNextConnectWorks) {
@@ -56,17 +52,13 @@ INSTANTIATE_TEST_SUITE_P(
                              f.httpLateMs = 2000;
                            },
                            [](const CloudStats& s) { return s.refreshes == 1; }}),
-    [](const auto& tested) { return tested.param.name; });
+    kNameOf);
 
 struct Inside {
   const char* name;
   const char* notice;  // from inside the first one that begins so
   void (*arrange)(Faults& faults);
 };
-
-void PrintTo(const Inside& inside, std::ostream* out) {
-  *out << inside.name;
-}
 
 constexpr char kIspList[] = "OnIspList";
 
@@ -141,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                              f.errorCode = qv_cloud::kSessionExpired;
                              f.refuseRefresh = 60301007;
                            }}),
-    [](const auto& tested) { return tested.param.name; });
+    kNameOf);
 
 struct Release : EndToEnd {};
 
