@@ -10,8 +10,7 @@
 namespace base {
 namespace {
 
-using tests::ReadFile;
-using tests::ReadLines;
+using Texts = std::vector<std::string>;
 
 class LoggerTest : public testing::Test {
  protected:
@@ -21,55 +20,52 @@ class LoggerTest : public testing::Test {
     logger.WriteLog(level, threadId, "%s", text.c_str());
   }
 
-  std::string Log(const std::string& file = "sdk.log") { return ReadFile(directory / file, std::ios::in); }
+  // Each from its thread on, behind the time.
+  Texts Lines(const std::string& file = "sdk.log") const {
+    Texts lines = tests::ReadLines(directory / file);
+    for (std::string& line : lines) line.erase(0, line.find('['));
+    return lines;
+  }
 
-  int FilesInDirectory() {
+  std::ptrdiff_t FilesInDirectory() const {
     const std::filesystem::directory_iterator files(directory.path);
-    return static_cast<int>(std::distance(begin(files), end(files)));
+    return std::distance(begin(files), end(files));
   }
 
   tests::TemporaryDirectory directory;
   BaseLogger logger;
 };
 
-TEST_F(LoggerTest, LinesFromBeforeTheStartComeFirstAndInOrder) {
+TEST_F(LoggerTest, LinesFromBeforeTheStartComeFirstAndThoseBelowTheLevelNever) {
   logger.WriteLog(20, 11, "first %d", 1);
-  logger.WriteLog(60, 22, "second");
-  EXPECT_FALSE(std::filesystem::exists(directory / "sdk.log"));
+  Write(0, "early");
+  Write(60, "second", 22);
+  EXPECT_EQ(FilesInDirectory(), 0);
+  logger.SetLogLevel(20);
   logger.StartLog();
-  logger.WriteLog(0, 33, "third");
-  const auto lines = ReadLines(directory / "sdk.log");
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_TRUE(lines[0].ends_with(" [11] [info] first 1")) << lines[0];
-  EXPECT_TRUE(lines[1].ends_with(" [22] [error] second")) << lines[1];
-  EXPECT_TRUE(lines[2].ends_with(" [33] [trace] third")) << lines[2];
+  Write(0, "late");
+  logger.SetLogLevel(0);
+  Write(0, "third", 33);
+  EXPECT_EQ(Lines(), (Texts{"[11] [info] first 1", "[22] [error] second", "[33] [trace] third"}));
 }
 
 TEST_F(LoggerTest, PastTheBoundOfLinesOrBytesTheFirstAreKeptAndTheOthersCounted) {
-  for (std::size_t i = 0; i < WaitingLines::kMaxLines + 7; ++i) Write(20, "line " + std::to_string(i));
-  BaseLogger other;
-  other.SetLogPath((directory / "other").string().c_str());
-  other.WriteLog(20, 1, "%s", std::string(WaitingLines::kMaxBytes, 'x').c_str());
-  other.WriteLog(20, 1, "one too many");
-  logger.StartLog();
-  other.StartLog();
-  const auto lines = ReadLines(directory / "sdk.log");
-  ASSERT_EQ(lines.size(), WaitingLines::kMaxLines + 1);
-  EXPECT_TRUE(lines[WaitingLines::kMaxLines - 1].ends_with("line 999"));
-  EXPECT_NE(lines.back().find("7 lines were dropped"), std::string::npos) << lines.back();
-  EXPECT_EQ(Log("other/sdk.log").find("one too many"), std::string::npos);
-  EXPECT_NE(Log("other/sdk.log").find("1 lines were dropped"), std::string::npos);
-}
-
-TEST_F(LoggerTest, LinesBelowTheLevelAreDroppedWaitingOnesToo) {
-  Write(0, "early trace");
-  logger.SetLogLevel(20);
-  logger.StartLog();
-  Write(0, "late trace");
-  Write(20, "information");
-  const auto lines = ReadLines(directory / "sdk.log");
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_TRUE(lines[0].ends_with("information"));
+  const struct {
+    std::size_t bytes, kept, dropped;
+  } cases[] = {{0, WaitingLines::kMaxLines, 7}, {WaitingLines::kMaxBytes - 1, 1, 2}};
+  for (const auto& [bytes, kept, dropped] : cases) {
+    BaseLogger full;
+    const std::string name = std::to_string(bytes);
+    full.SetLogPath((directory / name).string().c_str());
+    for (std::size_t i = 0; i < kept + dropped; ++i) {
+      full.WriteLog(20, 1, "%s%u", std::string(bytes, ' ').c_str(), static_cast<unsigned>(i));
+    }
+    full.StartLog();
+    const Texts lines = Lines(name + "/sdk.log");
+    ASSERT_EQ(lines.size(), kept + 1);
+    EXPECT_TRUE(lines[kept - 1].ends_with(" " + std::to_string(kept - 1)));
+    EXPECT_NE(lines[kept].find(std::to_string(dropped) + " lines were dropped"), std::string::npos) << lines[kept];
+  }
 }
 
 TEST_F(LoggerTest, ALongLineStandsWholeAndBreaksNoLine) {
@@ -77,20 +73,20 @@ TEST_F(LoggerTest, ALongLineStandsWholeAndBreaksNoLine) {
   logger.StartLog();
   const std::string text(100000, 'x');
   Write(20, text + "\nforged\r\tend");
-  EXPECT_TRUE(Log().ends_with(text + " forged  end\n"));
+  EXPECT_EQ(Lines(), Texts{"[1] [info] " + text + " forged  end"});
 }
 
 TEST_F(LoggerTest, FilesKeepToSizeAndCount) {
   logger.SetLogSizeSetting(2);
   logger.SetLogCountSetting(3);
   logger.StartLog();
-  for (int i = 0; i < 200; ++i) Write(20, "line " + std::to_string(i) + std::string(60, '.'));
+  for (int i = 0; i < 200; ++i) Write(20, std::string(60, '.') + std::to_string(i));
   EXPECT_EQ(FilesInDirectory(), 3);
   for (const char* file : {"sdk.log", "sdk.1.log", "sdk.2.log"}) {
-    EXPECT_GT(std::filesystem::file_size(directory / file), 0u) << file;
-    EXPECT_LE(std::filesystem::file_size(directory / file), 2048u) << file;
+    EXPECT_GT(std::filesystem::file_size(directory / file), 0U) << file;
+    EXPECT_LE(std::filesystem::file_size(directory / file), 2048U) << file;
   }
-  EXPECT_NE(Log().find("line 199."), std::string::npos);
+  EXPECT_TRUE(Lines().back().ends_with(".199"));
 
   logger.SetLogCountSetting(2);
   logger.StartLog();
@@ -98,13 +94,13 @@ TEST_F(LoggerTest, FilesKeepToSizeAndCount) {
 }
 
 TEST_F(LoggerTest, TheModeSaysWhetherAStartBeginsANewFileAndAStartTakesOverWhatWasSetSince) {
-  tests::WriteFile(directory / "sdk.log", "yesterday\n");
+  tests::WriteFile(directory / "sdk.log", "[yesterday]\n");
   logger.SetLogModeSetting(0);
   logger.StartLog();
   Write(20, "today");
   logger.SetLogModeSetting(1);
-  EXPECT_TRUE(Log().starts_with("yesterday\n")) << Log();
-  EXPECT_TRUE(Log().ends_with("today\n")) << Log();
+  const Texts both = {"[yesterday]", "[1] [info] today"};
+  EXPECT_EQ(Lines(), both);
 
   logger.StartLog();
   Write(20, "later");
@@ -113,10 +109,9 @@ TEST_F(LoggerTest, TheModeSaysWhetherAStartBeginsANewFileAndAStartTakesOverWhatW
   Write(20, "before");
   logger.StartLog();
   Write(20, "after");
-  EXPECT_TRUE(Log("sdk.1.log").ends_with("today\n")) << Log("sdk.1.log");
-  EXPECT_EQ(ReadLines(directory / "sdk.log").size(), 2u) << Log();
-  EXPECT_TRUE(Log().ends_with("before\n")) << Log();
-  EXPECT_TRUE(Log("below/deeper/other.log").ends_with("after\n"));
+  EXPECT_EQ(Lines("sdk.1.log"), both);
+  EXPECT_EQ(Lines(), (Texts{"[1] [info] later", "[1] [info] before"}));
+  EXPECT_EQ(Lines("below/deeper/other.log"), Texts{"[1] [info] after"});
 }
 
 TEST_F(LoggerTest, ASettingOutsideItsRangeIsNamedAndReplaced) {
@@ -125,10 +120,11 @@ TEST_F(LoggerTest, ASettingOutsideItsRangeIsNamedAndReplaced) {
   logger.SetLogCountSetting(-1);
   logger.SetLogName("../outside");
   logger.StartLog();
+  const std::string log = tests::ReadFile(directory / "sdk.log");
   for (const char* complaint :
        {"size setting is 0, allowed is 1 to 1048576; 1024 is used", "mode setting is 2, allowed is 0 to 1; 0 is used",
         "count setting is -1, allowed is 1 to 1000; 5 is used", "\"../outside\""}) {
-    EXPECT_NE(Log().find(complaint), std::string::npos) << complaint;
+    EXPECT_NE(log.find(complaint), std::string::npos) << complaint;
   }
 }
 
@@ -138,14 +134,13 @@ TEST_F(LoggerTest, ADirectoryThatCannotBeMadeIsToldOnceAndTheLinesWait) {
   testing::internal::CaptureStderr();
   logger.StartLog();
   Write(20, "waits");
-  Write(20, "too");
   const std::string told = testing::internal::GetCapturedStderr();
   EXPECT_NE(told.find("cannot write the log"), std::string::npos) << told;
   EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
 
   logger.SetLogPath(directory.path.string().c_str());
   logger.StartLog();
-  EXPECT_EQ(ReadLines(directory / "sdk.log").size(), 2u);
+  EXPECT_EQ(Lines(), Texts{"[1] [info] waits"});
 }
 
 TEST_F(LoggerTest, LinesOfManyThreadsStayWholeAcrossRotationsAndStarts) {
@@ -153,24 +148,21 @@ TEST_F(LoggerTest, LinesOfManyThreadsStayWholeAcrossRotationsAndStarts) {
   logger.SetLogCountSetting(100);
   logger.StartLog();
   std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.emplace_back([this, thread] {
-      for (int i = 0; i < 100; ++i) Write(20, "<" + std::string(100, static_cast<char>('a' + thread)) + ">", GetTid());
+  for (const char letter : {'a', 'b', 'c', 'd'}) {
+    threads.emplace_back([this, letter] {
+      for (int i = 0; i < 100; ++i) Write(20, std::string(100, letter), GetTid());
     });
   }
   logger.StartLog();
   for (std::thread& thread : threads) thread.join();
   std::size_t lines = 0;
   for (const auto& file : std::filesystem::directory_iterator(directory.path)) {
-    for (const std::string& line : ReadLines(file)) {
-      const std::size_t open = line.find('<');
-      ASSERT_NE(open, std::string::npos) << line;
-      EXPECT_EQ(line.substr(open), "<" + std::string(100, line[open + 1]) + ">");
+    for (const std::string& line : tests::ReadLines(file)) {
+      EXPECT_TRUE(line.ends_with("] [info] " + std::string(100, line.back()))) << line;
       ++lines;
     }
   }
-  EXPECT_EQ(lines, 400u);
+  EXPECT_EQ(lines, 400U);
 }
 
 TEST(ThreadIdTest, EveryThreadHasItsOwn) {
