@@ -76,14 +76,12 @@ TEST_F(Commands, ArriveInOrderAndUnchangedAndAreAnswered) {
 }
 
 TEST_F(Commands, AGrantedFrameRateIsAskedForByTheNextConnections) {
-  qv_cloud::Faults drop;
-  drop.dropAfterFrames = 1;
   StartCloud();
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_EQ(cloudEvents.Count("line 65536: play 264 at 30 frames a second"), 1U);
   ASSERT_EQ(controller->SendInReq15(25, 0), 0);
   ASSERT_TRUE(frontEnd->notices.WaitFor("OnVideoParamRsp 0 0 25 "));
-  cloud->SetFaults(drop);
+  cloud->SetFaults({.dropAfterFrames = 1});
   EXPECT_TRUE(cloudEvents.WaitFor("line 65536: play 264 at 25 frames a second")) << "the lost connection's successor";
   ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));
   ASSERT_EQ(controller->ChangeIsp(kLineA), 0);

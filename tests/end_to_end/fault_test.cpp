@@ -15,17 +15,10 @@ struct Case {
   const char* logged;  // part of a log line
 };
 
-struct Faulty : EndToEnd {
-  Faults ErrorAfterFiveFrames(std::uint32_t code) {
-    Faults faults;
-    faults.errorCode = code;
-    faults.errorAfterFrames = 5;
-    return faults;
-  }
-};
+struct Faulty : EndToEnd {};
 
 TEST_F(Faulty, AnExpiredSessionIsRenewedAndTheFramesGoOn) {
-  StartCloud(ErrorAfterFiveFrames(qv_cloud::kSessionExpired));
+  StartCloud(Faults{.errorCode = qv_cloud::kSessionExpired, .errorAfterFrames = 5});
   ASSERT_TRUE(ConnectToFirstFrame());
   ASSERT_TRUE(CloudSees([](const CloudStats& stats) { return stats.renewals == 1 && stats.framesSent > 15; }));
   EXPECT_EQ(Stats().refreshes, 1U);
@@ -53,30 +46,27 @@ TEST_P(FailingRefresh, IsReported) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, FailingRefresh,
-    testing::Values(Case{"Refused", With(&Faults::refuseRefresh, 60301007), "OnStatus 60301007: refresh refused",
+    testing::Values(Case{"Refused", Faults{.refuseRefresh = 60301007}, "OnStatus 60301007: refresh refused",
                          "OnRefreshSessionRsp get http code [60301007]"},
-                    Case{"Status503", With(&Faults::httpStatus, 503),
+                    Case{"Status503", Faults{.httpStatus = 503},
                          "OnStatus 60702004: Http Req for refresh-session can not get 200",
                          "OnRefreshSessionRsp get http code [503]"},
-                    Case{"Closed", With(&Faults::httpAnswer, HttpAnswer::closed),
+                    Case{"Closed", Faults{.httpAnswer = HttpAnswer::closed},
                          "OnStatus 60702003: Http Req for refresh-session failed", "OnRefreshSessionRsp failed"}),
     kNameOf);
 
 TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
-  StartCloud(ErrorAfterFiveFrames(60102029));
+  StartCloud(Faults{.errorCode = 60102029, .errorAfterFrames = 5});
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_TRUE(frontEnd->notices.WaitFor("OnServiceCode 60102029: reported by the cloud"));
-  cloud->SetFaults(ErrorAfterFiveFrames(60102030));
+  cloud->SetFaults(Faults{.errorCode = 60102030, .errorAfterFrames = 5});
   EXPECT_TRUE(frontEnd->notices.WaitFor("OnStatus 60102030: reported by the cloud"));
   EXPECT_EQ(frontEnd->notices.Count("OnStatus 60102029"), 0U);
   EXPECT_EQ(frontEnd->States(), "CS");
 }
 
 TEST_F(Faulty, ASessionThatIsNoLongerValidIsReportedWithoutAStormOfAttempts) {
-  Faults faults;
-  faults.expireSessions = true;
-  faults.dropAfterFrames = 5;
-  StartCloud(faults);
+  StartCloud(Faults{.dropAfterFrames = 5, .expireSessions = true});
   ASSERT_TRUE(ConnectToFirstFrame());
   ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60101001: session unknown or expired"));
   ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
@@ -89,7 +79,7 @@ TEST_F(Faulty, ASessionThatIsNoLongerValidIsReportedWithoutAStormOfAttempts) {
 }
 
 TEST_F(Faulty, APeerThatDoesNotReadMakesCommandsFailInsteadOfWaiting) {
-  StartCloud(With(&Faults::stopReading, true));
+  StartCloud(Faults{.stopReading = true});
   ASSERT_TRUE(ConnectToFirstFrame());
   const std::string text(4000, 'x');
   std::int32_t result = 0;

@@ -89,15 +89,19 @@ Rows HttpRows() {
     rows.Add(step, &Faults::httpCloseAt, &Faults::httpSilentAt, &Faults::httpGarbageAt);
   }
   rows.AddElsewhere(kNoAnswer, "failed with", "failed with", "with 28: Resolving timed out after 1");
-  for (const Row& row : {Row{"ClosedAnswer", kNoAnswer, "with 5", With(&Faults::httpAnswer, HttpAnswer::closed)},
-                         Row{"NoAnswer", kNoAnswer, "with 28", With(&Faults::httpAnswer, HttpAnswer::never)},
-                         Row{"HalfAnAnswer", kNoAnswer, "with 28", With(&Faults::httpAnswer, HttpAnswer::half)},
-                         Row{"GarbageAnswer", kNoAnswer, "with -20", With(&Faults::httpAnswer, HttpAnswer::garbage)},
-                         Row{"LateAnswer", kNoAnswer, "with 28", With(&Faults::httpLateMs, 3000)},
-                         Row{"Status500", "OnStatus 60702002: Http Req for phone-connect can not get 200",
-                             "with status 500", With(&Faults::httpStatus, 500)},
-                         Row{"RefusedWithACode", "OnStatus 60301005: phone connect refused", "get http code [60301005]",
-                             With(&Faults::refuseConnect, 60301005)}}) {
+  for (const Row& row : {Row{"ClosedAnswer", kNoAnswer, "with 5", {.httpAnswer = HttpAnswer::closed}},
+                         Row{"NoAnswer", kNoAnswer, "with 28", {.httpAnswer = HttpAnswer::never}},
+                         Row{"HalfAnAnswer", kNoAnswer, "with 28", {.httpAnswer = HttpAnswer::half}},
+                         Row{"GarbageAnswer", kNoAnswer, "with -20", {.httpAnswer = HttpAnswer::garbage}},
+                         Row{"LateAnswer", kNoAnswer, "with 28", {.httpLateMs = 3000}},
+                         Row{"Status500",
+                             "OnStatus 60702002: Http Req for phone-connect can not get 200",
+                             "with status 500",
+                             {.httpStatus = 500}},
+                         Row{"RefusedWithACode",
+                             "OnStatus 60301005: phone connect refused",
+                             "get http code [60301005]",
+                             {.refuseConnect = 60301005}}}) {
     rows.push_back(row);
   }
   return rows;

@@ -13,17 +13,15 @@ using qv_cloud::Faults;
 
 struct Moment {
   const char* name;
-  void (*arrange)(Faults& faults);
   // The moment has come when the cloud has seen this; empty: right after GetPhoneConnect.
   bool (*hasCome)(const CloudStats& stats);
+  Faults faults = {};
 };
 
 class ReleaseAt : public EndToEnd, public testing::WithParamInterface<Moment> {};
 
 TEST_P(ReleaseAt, IsPromptAndFinalAndTheNextConnectWorks) {
-  Faults faults;
-  if (GetParam().arrange != nullptr) GetParam().arrange(faults);
-  StartCloud(faults);
+  StartCloud(GetParam().faults);
   Connect();
   if (GetParam().hasCome != nullptr) {
     ASSERT_TRUE(CloudSees(GetParam().hasCome));
@@ -43,21 +41,18 @@ TEST_P(ReleaseAt, IsPromptAndFinalAndTheNextConnectWorks) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, ReleaseAt,
-    testing::Values(Moment{"RightAfterGetPhoneConnect", nullptr, nullptr},
-                    Moment{"DuringTheFirstFrame", nullptr, [](const CloudStats& s) { return s.framesSent == 1; }},
-                    Moment{"AmongTheFrames", nullptr, [](const CloudStats& s) { return s.framesSent == 10; }},
+    testing::Values(Moment{"RightAfterGetPhoneConnect", nullptr},
+                    Moment{"DuringTheFirstFrame", [](const CloudStats& s) { return s.framesSent == 1; }},
+                    Moment{"AmongTheFrames", [](const CloudStats& s) { return s.framesSent == 10; }},
                     Moment{"WhileARefreshIsUnanswered",
-                           [](Faults& f) {
-                             f.errorCode = qv_cloud::kSessionExpired;
-                             f.httpLateMs = 2000;
-                           },
-                           [](const CloudStats& s) { return s.refreshes == 1; }}),
+                           [](const CloudStats& s) { return s.refreshes == 1; },
+                           {.httpLateMs = 2000, .errorCode = qv_cloud::kSessionExpired}}),
     kNameOf);
 
 struct Inside {
   const char* name;
   const char* notice;  // from inside the first one that begins so
-  void (*arrange)(Faults& faults);
+  Faults faults = {};
 };
 
 constexpr char kIspList[] = "OnIspList";
@@ -67,9 +62,7 @@ class InsideANotice : public EndToEnd, public testing::WithParamInterface<Inside
   // Connects and does the thing once, inside the notice and with the last pointer to the controller in `last`; waits
   // until it is done.
   void ConnectAndDoInside(std::function<void()> thing) {
-    Faults faults;
-    if (GetParam().arrange != nullptr) GetParam().arrange(faults);
-    StartCloud(faults);
+    StartCloud(GetParam().faults);
     // Shared, since the notice may still be under way when the test goes on.
     struct Progress {
       std::promise<void> connected, done;
@@ -119,21 +112,18 @@ TEST_P(InsideANotice, TheLastPointerMayBeDropped) {
   ExpectThatNothingFollowedAndTheNextConnectWorks();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, InsideANotice,
-    testing::Values(Inside{"Connecting", kConnecting, nullptr}, Inside{"ChooseFormat", "OnChoose", nullptr},
-                    Inside{"Stands", kStands, nullptr}, Inside{"PlayAnswer", "OnPlayRsp", nullptr},
-                    Inside{"FirstFrame", kFirstFrame, nullptr}, Inside{"IspList", kIspList, nullptr},
-                    Inside{"Disconnected", kDisconnected, [](Faults& f) { f.dropAfterFrames = 1; }},
-                    Inside{"ServiceCode", "OnServiceCode", [](Faults& f) { f.errorCode = 60102029; }},
-                    Inside{"FailedRequest", "OnStatus 60702002", [](Faults& f) { f.httpStatus = 500; }},
-                    Inside{"RefusedRequest", "OnStatus 60301005", [](Faults& f) { f.refuseConnect = 60301005; }},
-                    Inside{"RefusedRefresh", "OnStatus 60301007",
-                           [](Faults& f) {
-                             f.errorCode = qv_cloud::kSessionExpired;
-                             f.refuseRefresh = 60301007;
-                           }}),
-    kNameOf);
+INSTANTIATE_TEST_SUITE_P(All, InsideANotice,
+                         testing::Values(Inside{"Connecting", kConnecting}, Inside{"ChooseFormat", "OnChoose"},
+                                         Inside{"Stands", kStands}, Inside{"PlayAnswer", "OnPlayRsp"},
+                                         Inside{"FirstFrame", kFirstFrame}, Inside{"IspList", kIspList},
+                                         Inside{"Disconnected", kDisconnected, {.dropAfterFrames = 1}},
+                                         Inside{"ServiceCode", "OnServiceCode", {.errorCode = 60102029}},
+                                         Inside{"FailedRequest", "OnStatus 60702002", {.httpStatus = 500}},
+                                         Inside{"RefusedRequest", "OnStatus 60301005", {.refuseConnect = 60301005}},
+                                         Inside{"RefusedRefresh",
+                                                "OnStatus 60301007",
+                                                {.refuseRefresh = 60301007, .errorCode = qv_cloud::kSessionExpired}}),
+                         kNameOf);
 
 struct Release : EndToEnd {};
 

@@ -20,10 +20,7 @@ using testing::IsEmpty;
 struct Secrets : EndToEnd {
   // Everything that a connection may go through.
   void LiveThroughEverything() {
-    qv_cloud::Faults faults;
-    faults.errorCode = qv_cloud::kSessionExpired;
-    faults.errorAfterFrames = 3;
-    faults.dropAfterFrames = 6;
+    qv_cloud::Faults faults{.errorCode = qv_cloud::kSessionExpired, .errorAfterFrames = 3, .dropAfterFrames = 6};
     StartCloud(faults);
     ASSERT_TRUE(ConnectToFirstFrame());
     ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));

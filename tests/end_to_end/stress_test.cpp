@@ -52,15 +52,13 @@ struct Stress : EndToEnd {
 };
 
 TEST_F(Stress, ReleasesDestructionsCommandsLineSwitchesAndReconnectsSideBySideLeaveNothingBehind) {
-  qv_cloud::Faults faults;
-  faults.errorCode = qv_cloud::kSessionExpired;
   StartCloud();
   for (int round = 0; round < kRounds; ++round) {
     std::vector<std::thread> others = EndAmongOthers(round % 3 == 2);
     // Half of the connects find their session in the cache.
     targetId = "phone-" + std::to_string(round / 2);
     Connect();
-    cloud->SetFaults(faults);
+    cloud->SetFaults({.errorCode = qv_cloud::kSessionExpired});
     const bool reached = frontEnd->notices.WaitFor(kMoments[static_cast<std::size_t>(round) % std::size(kMoments)]);
     for (std::thread& other : others) other.join();
     ASSERT_TRUE(reached);
