@@ -1,9 +1,7 @@
 #include "tests/end_to_end/secret_search.h"
 
-#include <openssl/evp.h>
-
-#include <fstream>
-#include <iterator>
+#include "pass_interface/encryption.h"
+#include "tests/reference/common/temporary_directory.h"
 
 namespace end_to_end {
 namespace {
@@ -13,9 +11,8 @@ namespace fs = std::filesystem;
 // The characters of Base64 that depend on the secret alone, when so many bytes of something else stand before it.
 std::string Base64Core(const std::string& secret, std::size_t before) {
   const std::string bytes = std::string(before, '\0') + secret;
-  std::string text(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-  EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), reinterpret_cast<const unsigned char*>(bytes.data()),
-                  static_cast<int>(bytes.size()));
+  const std::string text =
+      pass_interface::IEncryption::Base64Encode(bytes.data(), static_cast<int>(bytes.size()), false);
   const std::size_t first = (before * 8 + 5) / 6;
   return text.substr(first, bytes.size() * 8 / 6 - first);
 }
@@ -61,8 +58,7 @@ std::vector<std::string> SecretSearch::InText(const std::string& place, const st
 std::vector<std::string> SecretSearch::InFiles(const fs::path& root) const {
   std::vector<std::string> found;
   const auto search = [&](const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const auto inFile = InText(file.filename().string(), {std::istreambuf_iterator<char>(stream), {}});
+    const auto inFile = InText(file.filename().string(), tests::ReadFile(file));
     found.insert(found.end(), inFile.begin(), inFile.end());
   };
   if (fs::is_regular_file(root)) search(root);
