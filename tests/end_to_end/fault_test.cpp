@@ -8,13 +8,6 @@ using qv_cloud::CloudStats;
 using qv_cloud::Faults;
 using qv_cloud::HttpAnswer;
 
-struct Case {
-  const char* name;
-  Faults faults;
-  const char* told;    // the status that the front end gets
-  const char* logged;  // part of a log line
-};
-
 struct Faulty : EndToEnd {};
 
 TEST_F(Faulty, AnExpiredSessionIsRenewedAndTheFramesGoOn) {
@@ -26,34 +19,38 @@ TEST_F(Faulty, AnExpiredSessionIsRenewedAndTheFramesGoOn) {
   EXPECT_EQ(frontEnd->States(), "CS");
 }
 
-class FailingRefresh : public EndToEnd, public testing::WithParamInterface<Case> {};
-
-// Only a refusal ends the connection.
-TEST_P(FailingRefresh, IsReported) {
+TEST_F(Faulty, ARefreshThatFailsIsReportedAndOnlyARefusalEndsTheConnection) {
+  const struct {
+    Faults faults;
+    const char* told;
+    const char* logged;
+  } rows[] = {{{.refuseRefresh = 60301007},
+               "OnStatus 60301007: refresh refused",
+               "OnRefreshSessionRsp get http code [60301007]"},
+              {{.httpStatus = 503},
+               "OnStatus 60702004: Http Req for refresh-session can not get 200",
+               "OnRefreshSessionRsp get http code [503]"},
+              {{.httpAnswer = HttpAnswer::closed},
+               "OnStatus 60702003: Http Req for refresh-session failed",
+               "OnRefreshSessionRsp failed"}};
   StartCloud();
-  ASSERT_TRUE(ConnectToFirstFrame());
-  Faults faults = GetParam().faults;
-  faults.errorCode = qv_cloud::kSessionExpired;
-  cloud->SetFaults(faults);
-  ASSERT_TRUE(frontEnd->notices.WaitFor(GetParam().told));
-  EXPECT_EQ(frontEnd->notices.Count("OnStatus 6"), 2U) << "connecting, and this";
-  EXPECT_EQ(frontEnd->States(), "CS");
-  const bool isRefused = faults.refuseRefresh != 0;
-  EXPECT_TRUE(CloudHasConnections(isRefused ? 0 : 1));
-  EXPECT_EQ(controller->SendInReq4(1, 2), isRefused ? -1 : 0);
-  EXPECT_NE(Log().find(GetParam().logged), std::string::npos);
+  for (const auto& [rowFaults, told, logged] : rows) {
+    SCOPED_TRACE(told);
+    ASSERT_TRUE(ConnectToFirstFrame());
+    Faults faults = rowFaults;
+    faults.errorCode = qv_cloud::kSessionExpired;
+    cloud->SetFaults(faults);
+    ASSERT_TRUE(frontEnd->notices.WaitFor(told));
+    EXPECT_EQ(frontEnd->notices.Count("OnStatus 6"), 2U) << "connecting, and this";
+    EXPECT_EQ(frontEnd->States(), "CS");
+    const bool isRefused = faults.refuseRefresh != 0;
+    EXPECT_TRUE(CloudHasConnections(isRefused ? 0 : 1));
+    EXPECT_EQ(controller->SendInReq4(1, 2), isRefused ? -1 : 0);
+    EXPECT_NE(Log().find(logged), std::string::npos);
+    controller->ReleasePhoneConnect();
+    cloud->SetFaults({});
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, FailingRefresh,
-    testing::Values(Case{"Refused", Faults{.refuseRefresh = 60301007}, "OnStatus 60301007: refresh refused",
-                         "OnRefreshSessionRsp get http code [60301007]"},
-                    Case{"Status503", Faults{.httpStatus = 503},
-                         "OnStatus 60702004: Http Req for refresh-session can not get 200",
-                         "OnRefreshSessionRsp get http code [503]"},
-                    Case{"Closed", Faults{.httpAnswer = HttpAnswer::closed},
-                         "OnStatus 60702003: Http Req for refresh-session failed", "OnRefreshSessionRsp failed"}),
-    kNameOf);
 
 TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
   StartCloud(Faults{.errorCode = 60102029, .errorAfterFrames = 5});
