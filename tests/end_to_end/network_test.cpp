@@ -94,14 +94,10 @@ Rows HttpRows() {
                          Row{"HalfAnAnswer", kNoAnswer, "with 28", {.httpAnswer = HttpAnswer::half}},
                          Row{"GarbageAnswer", kNoAnswer, "with -20", {.httpAnswer = HttpAnswer::garbage}},
                          Row{"LateAnswer", kNoAnswer, "with 28", {.httpLateMs = 3000}},
-                         Row{"Status500",
-                             "OnStatus 60702002: Http Req for phone-connect can not get 200",
-                             "with status 500",
-                             {.httpStatus = 500}},
-                         Row{"RefusedWithACode",
-                             "OnStatus 60301005: phone connect refused",
-                             "get http code [60301005]",
-                             {.refuseConnect = 60301005}}}) {
+                         Row{"Status500", "OnStatus 60702002: Http Req for phone-connect can not get 200",
+                             "with status 500", Faults{.httpStatus = 500}},
+                         Row{"RefusedWithACode", "OnStatus 60301005: phone connect refused", "get http code [60301005]",
+                             Faults{.refuseConnect = 60301005}}}) {
     rows.push_back(row);
   }
   return rows;
