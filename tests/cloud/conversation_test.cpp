@@ -86,6 +86,10 @@ TEST_F(ConversationTest, AKnownSessionAuthenticatesUntilItExpiresAndIsRefreshedF
   EXPECT_EQ(Refreshed("s-unknown"), "");
   now += minutes(1);
   EXPECT_EQ(Refreshed(id), "");
+  state.switches.Set({.expireSessions = true});
+  const std::string once = GrantedSession();
+  EXPECT_EQ(AuthenticateAnew(once), 0);
+  EXPECT_EQ(AuthenticateAnew(once), kSessionRefused);
 }
 
 TEST_F(ConversationTest, FramesComeAtTheRateAskedForAndAsChanged) {

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -45,44 +46,41 @@ class FakeTransport final : public reference::ws::Transport {
 
 class FakeReactor final : public reference::ws::Reactor {
  public:
-  struct Alarm {
-    std::optional<std::chrono::milliseconds> delay;
-    std::weak_ptr<reference::ws::WakerUser> user;
-    bool isWoken = false;
-  };
-
-  std::unique_ptr<reference::ws::Waker> MakeWaker(std::weak_ptr<reference::ws::WakerUser> user) override {
+  std::unique_ptr<reference::ws::Waker> MakeWaker(std::weak_ptr<reference::ws::WakerUser> newUser) override {
+    // The connection that it belongs to keeps the reactor.
     struct FakeWaker final : reference::ws::Waker {
-      explicit FakeWaker(std::shared_ptr<Alarm> alarm) : alarm(std::move(alarm)) {}
-      bool Wake() noexcept override { return alarm->isWoken = true; }
-      void WakeAfter(std::chrono::milliseconds delay) noexcept override { alarm->delay = delay; }
-      void Cancel() noexcept override { alarm->delay.reset(); }
-      const std::shared_ptr<Alarm> alarm;
+      explicit FakeWaker(FakeReactor& reactor) : reactor(reactor) {}
+      bool Wake() noexcept override { return reactor.isWoken = true; }
+      void WakeAfter(std::chrono::milliseconds delay) noexcept override { reactor.delay = delay; }
+      void Cancel() noexcept override { reactor.delay.reset(); }
+      FakeReactor& reactor;
     };
-    alarm->user = std::move(user);
-    return std::make_unique<FakeWaker>(alarm);
+    user = std::move(newUser);
+    return std::make_unique<FakeWaker>(*this);
   }
   std::shared_ptr<reference::ws::Transport> MakeTransport(const reference::ws::Endpoint&,
                                                           std::chrono::milliseconds) override {
-    transports.push_back(std::make_shared<FakeTransport>());
-    return transports.back();
+    return transport = std::make_shared<FakeTransport>();
   }
 
   void RunTasks() {
-    while (std::exchange(alarm->isWoken, false)) {
-      if (const auto user = alarm->user.lock()) user->OnWoken();
+    while (std::exchange(isWoken, false)) {
+      if (const auto held = user.lock()) held->OnWoken();
     }
   }
   // The time that the waker waits for has passed.
   void Expire() {
-    if (!alarm->delay) throw std::logic_error("no timer runs");
-    alarm->delay.reset();
-    alarm->user.lock()->OnTime();
+    delay.value();
+    delay.reset();
+    user.lock()->OnTime();
   }
-  FakeTransport& Last() { return *transports.back(); }
 
-  const std::shared_ptr<Alarm> alarm = std::make_shared<Alarm>();
-  std::vector<std::shared_ptr<FakeTransport>> transports;
+  std::optional<std::chrono::milliseconds> delay;
+  std::shared_ptr<FakeTransport> transport;
+
+ private:
+  std::weak_ptr<reference::ws::WakerUser> user;
+  bool isWoken = false;
 };
 
 #endif
