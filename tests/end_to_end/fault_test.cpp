@@ -62,19 +62,6 @@ TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
   EXPECT_EQ(frontEnd->States(), "CS");
 }
 
-TEST_F(Faulty, ASessionThatIsNoLongerValidIsReportedWithoutAStormOfAttempts) {
-  StartCloud(Faults{.dropAfterFrames = 5, .expireSessions = true});
-  ASSERT_TRUE(ConnectToFirstFrame());
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60101001: session unknown or expired"));
-  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
-  EXPECT_EQ(frontEnd->States(), "CSDCD");
-  // Ten times the longest first pause before an attempt.
-  EXPECT_FALSE(cloud->WaitUntil([](const CloudStats& stats) { return stats.authentications > 2; },
-                                std::chrono::milliseconds(1000)));
-  EXPECT_EQ(Stats().refusedAuthentications, 1U);
-  EXPECT_LT(controller->SendInReq4(1, 2), 0);
-}
-
 TEST_F(Faulty, APeerThatDoesNotReadMakesCommandsFailInsteadOfWaiting) {
   StartCloud(Faults{.stopReading = true});
   ASSERT_TRUE(ConnectToFirstFrame());
