@@ -5,9 +5,11 @@
 #include <array>
 #include <atomic>
 #include <fstream>
+#include <list>
 #include <map>
 
 #include "reference/common/settings.h"
+#include "reference/common/sqlite.h"
 #include "tests/end_to_end/end_to_end.h"
 
 namespace end_to_end {
@@ -59,10 +61,7 @@ class DiskTest : public EndToEnd {
  public:
   using EndToEnd::Sql;
 
-  ~DiskTest() override {
-    isDiskFull = false;
-    for (sqlite3* const locker : lockers) sqlite3_close(locker);
-  }
+  ~DiskTest() override { isDiskFull = false; }
 
   template <class Do>
   void ForEachFile(Do&& work) {
@@ -74,12 +73,9 @@ class DiskTest : public EndToEnd {
     });
   }
   void Lock() {
-    ForEachFile([this](const std::filesystem::path& file) {
-      const std::u8string path = file.u8string();
-      ASSERT_EQ(sqlite3_open(reinterpret_cast<const char*>(path.c_str()), &lockers.emplace_back()), SQLITE_OK);
-      ASSERT_EQ(sqlite3_exec(lockers.back(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-    });
+    ForEachFile([this](const std::filesystem::path& file) { lockers.emplace_back(file, "").Run("BEGIN IMMEDIATE"); });
   }
+
   std::filesystem::path harmed;
 
  protected:
@@ -103,7 +99,7 @@ class DiskTest : public EndToEnd {
     return count;
   }
 
-  std::vector<sqlite3*> lockers;
+  std::list<reference::sqlite::Connection> lockers;
   std::size_t logBegin = 0;
 };
 
