@@ -24,14 +24,11 @@ TEST_F(Faulty, ARefreshThatFailsIsReportedAndOnlyARefusalEndsTheConnection) {
     Faults faults;
     const char* told;
     const char* logged;
-  } rows[] = {{{.refuseRefresh = 60301007},
-               "OnStatus 60301007: refresh refused",
+  } rows[] = {{Faults{.refuseRefresh = 60301007}, "OnStatus 60301007: refresh refused",
                "OnRefreshSessionRsp get http code [60301007]"},
-              {{.httpStatus = 503},
-               "OnStatus 60702004: Http Req for refresh-session can not get 200",
+              {Faults{.httpStatus = 503}, "OnStatus 60702004: Http Req for refresh-session can not get 200",
                "OnRefreshSessionRsp get http code [503]"},
-              {{.httpAnswer = HttpAnswer::closed},
-               "OnStatus 60702003: Http Req for refresh-session failed",
+              {Faults{.httpAnswer = HttpAnswer::closed}, "OnStatus 60702003: Http Req for refresh-session failed",
                "OnRefreshSessionRsp failed"}};
   StartCloud();
   for (const auto& [rowFaults, told, logged] : rows) {
