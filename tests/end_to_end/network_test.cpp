@@ -1,5 +1,6 @@
 // Everything that can go wrong on the way, at every step of both hand-shakes: the wait ends by its time-out, the front end
-// hears the right code, a release at that moment is prompt, and afterwards the same controller connects.
+// hears the right code, a release at that moment is prompt, and afterwards the same controller connects. A peer that must
+// not be trusted gets nothing.
 #include <algorithm>
 #include <regex>
 
@@ -11,6 +12,7 @@ namespace {
 using qv_cloud::Faults;
 using qv_cloud::HttpAnswer;
 using qv_cloud::kDefaultLine;
+using qv_cloud::ServedCertificate;
 using qv_cloud::Step;
 
 constexpr char kNoAnswer[] = "OnStatus 60702001: Http Req for phone-connect failed";
@@ -28,9 +30,11 @@ struct Row {
   // Where the client is sent instead of to the cloud.
   std::string host = "localhost";
   std::uint16_t port = 0;
+  ServedCertificate certificate = ServedCertificate::valid;
 
   bool IsHttp() const { return told.starts_with("OnStatus"); }
-  bool IsElsewhere() const { return port != 0; }
+  bool IsTrusted() const { return certificate == ServedCertificate::valid; }
+  bool IsForGood() const { return port != 0 || !IsTrusted(); }
   // Whether the cloud is there, and at fault in what comes behind the hand-shakes of HTTP.
   bool IsAnswerAwaited() const {
     return faults.httpSilentAt == Step::tls || faults.httpAnswer != HttpAnswer::normal || faults.httpLateMs != 0;
@@ -38,6 +42,7 @@ struct Row {
   qv_cloud::CloudOptions Options() const {
     qv_cloud::CloudOptions options;
     options.faults = faults;
+    (IsHttp() ? options.certificate : options.lineCertificate) = certificate;
     if (IsHttp()) return options;
     options.lineHost = host;
     options.linePort = port;
@@ -77,6 +82,21 @@ struct Rows : std::vector<Row> {
     push_back(Row{"refused", told, refused, {}, "localhost", 1});
     push_back(Row{"unknown", told, unknown, {}, "nowhere.invalid", 1});
     if (QV_NAMES_CAN_HANG) push_back(Row{"hanging", told, hanging, {}, "hanging.invalid", 1});
+  }
+
+  // What each library says of a certificate.
+  void AddUntrusted(const std::string& kind, const char* told, const char* wrongHost) {
+    for (const auto& [name, logged, certificate] :
+         {std::tuple("Expired", "certificate has expired", ServedCertificate::expired),
+          std::tuple("NotYetValid", "certificate is not yet valid", ServedCertificate::notYetValid),
+          std::tuple("WrongHost", wrongHost, ServedCertificate::wrongHost),
+          std::tuple("SelfSigned", "refused: self-signed certificate", ServedCertificate::selfSigned),
+          std::tuple("UnknownAuthority", "refused: unknown authority", ServedCertificate::unknownAuthority),
+          std::tuple("MissingIntermediate", "refused: incomplete chain", ServedCertificate::missingIntermediate),
+          std::tuple("OldProtocol", "protocol too old", ServedCertificate::oldProtocol)}) {
+      push_back(Row{kind + name, told, logged, {}});
+      back().certificate = certificate;
+    }
   }
 };
 
@@ -131,17 +151,16 @@ struct Network : Sites {
   // The time-out that is to end the wait is the shortest allowed; the others are far beyond the patience of the test.
   static void Connect(At& site) {
     qv_data_interface::QvDataSystemParam system;
-    const bool isHttp = site.row.IsHttp();
-    const bool isAnswer = site.row.IsAnswerAwaited();
-    system.httpValue1 = isHttp && !isAnswer ? 1000 : 30000;
-    system.httpValue2 = isHttp && isAnswer ? 1000 : 60000;
-    system.wsManagerValue = isHttp ? 30000 : 1000;
+    const bool isHttp = site.row.IsHttp(), isAnswer = site.row.IsAnswerAwaited(), isTimed = site.row.IsTrusted();
+    system.httpValue1 = isTimed && isHttp && !isAnswer ? 1000 : 30000;
+    system.httpValue2 = isTimed && isHttp && isAnswer ? 1000 : 60000;
+    system.wsManagerValue = isTimed && !isHttp ? 1000 : 30000;
     system.wsOptionInterval = site.row.faults.silentAt == Step::firstFrame ? 1000 : 60000;
     site.Connect(system, isHttp ? "https://" + Address(site) : site.cloud.BaseUrl());
   }
 
   static std::string Address(const At& site) {
-    if (site.row.IsElsewhere()) return site.row.host + ":" + std::to_string(site.row.port);
+    if (site.row.port != 0) return site.row.host + ":" + std::to_string(site.row.port);
     return site.Address(site.row.IsHttp());
   }
 
@@ -165,12 +184,15 @@ struct Network : Sites {
       }
     }
     EXPECT_TRUE(IsLogged(site)) << site.row.logged << " at " << Address(site);
+    if (site.row.IsTrusted()) return;
+    const qv_cloud::CloudStats stats = site.cloud.Stats();
+    EXPECT_EQ(site.row.IsHttp() ? stats.phoneConnects : stats.lines.at(kDefaultLine).ever, 0U) << "something was sent";
   }
 
   // A line comes back by itself.
   static void ExpectTheReturn(const At& site, std::size_t framesBefore) {
     if (site.row.IsHttp()) return;
-    if (!site.row.IsElsewhere() && site.row.told != kStands) {
+    if (!site.row.IsForGood() && site.row.told != kStands) {
       EXPECT_TRUE(site.frontEnd->notices.WaitFor(kFirstFrame, framesBefore + 1));
     }
     const std::string states = site.frontEnd->States();
@@ -186,14 +208,14 @@ struct Network : Sites {
     };
     const auto before = met(site.cloud.Stats());
     Connect(site);
-    EXPECT_TRUE(site.row.IsElsewhere() ||
+    EXPECT_TRUE(site.row.IsForGood() ||
                 site.cloud.WaitUntil([&](const auto& stats) { return met(stats) > before; }, kPatience));
     EXPECT_TRUE(site.ReleaseIsPrompt());
     const auto released = site.frontEnd;
     const Texts told = released->notices.All();
 
     site.cloud.SetFaults({});
-    if (!site.row.IsElsewhere()) {
+    if (!site.row.IsForGood()) {
       Connect(site);
       EXPECT_TRUE(site.frontEnd->notices.WaitFor(kFirstFrame));
       EXPECT_TRUE(site.ReleaseIsPrompt());
@@ -225,6 +247,13 @@ struct Network : Sites {
 
 TEST_F(Network, EveryFaultOnTheWayToTheServiceIsToldAndReleasedFrom) {
   Run(HttpRows());
+}
+
+TEST_F(Network, EveryPeerThatMustNotBeTrustedIsRefusedWithTheReason) {
+  Rows rows;
+  rows.AddUntrusted("Http", kNoAnswer, "no alternative certificate subject name matches target host name");
+  rows.AddUntrusted("Line", kStaysAway, "refused: hostname mismatch");
+  Run(rows);
 }
 
 TEST_F(Network, EveryFaultOnTheWayToALineIsToldAndReleasedFrom) {
