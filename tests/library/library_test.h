@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "pass_interface/instance_info.h"
@@ -37,10 +38,6 @@ using ws_interface::IWSInterfaceNotic;
 inline std::int64_t Now() {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
       .count();
-}
-
-MATCHER(IsNow, "is a time of this test") {
-  return arg > Now() - 60000 && arg <= Now();
 }
 
 // A granted session with a default line and two carrier lines.
@@ -113,15 +110,18 @@ struct LibraryTest : testing::Test {
   static const fakes::CreatedConnection& LastConnection() { return Services().connections.back(); }
   static Status LastStatus() { return fakes::StatusOf(*Services().messages.back()); }
 
-  // What the controller's status has gathered so far. Leaves no call behind.
-  Status Gathered() {
-    const Calls before = Take();
+  // A message with what the controller's status has gathered so far; null before anything was. Leaves no trace.
+  std::shared_ptr<pass_interface::MessageCollect> Gathered() {
+    if (!controller) return nullptr;
+    fakes::Recorder::Get().Mute(true);
+    const auto messages = Services().messages;
+    const int missing = std::exchange(Services().collectorMissing, 0);
     Internal().SendMessageCollect(0, 0, 0, "", "");
-    Take();
-    for (const std::string& call : before) fakes::Recorder::Get().Add(call);
-    Status status = LastStatus();
-    Services().messages.pop_back();
-    return status;
+    Services().collectorMissing = missing;
+    fakes::Recorder::Get().Mute(false);
+    const auto message = Services().messages.size() > messages.size() ? Services().messages.back() : nullptr;
+    Services().messages = messages;
+    return message;
   }
   IQVInternalDataInterface& Internal() { return dynamic_cast<IQVInternalDataInterface&>(*controller); }
   // The controller itself as a sink; works before Init and after a release, too.

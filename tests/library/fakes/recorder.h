@@ -40,8 +40,9 @@ class Recorder {
         actions.erase(found);
       }
     }
-    if (action) action();
+    // Before the action, whose own calls come after this one.
     Visit(call.c_str());
+    if (action) action();
   }
   // A call that is left out of the list, since it changes nothing.
   void Visit(const char* call) {
@@ -95,16 +96,21 @@ const Value& Shown(const Value& value) {
   return value;
 }
 
-// Adds "operation(argument, ...)".
+// "operation(argument, ...)"
 template <class... Arguments>
-void Record(const char* operation, const Arguments&... arguments) {
-  const Uncounted own;
+std::string Line(const char* operation, const Arguments&... arguments) {
   std::ostringstream line;
   line << operation << '(';
   [[maybe_unused]] const char* separator = "";
   ((line << separator << Shown(arguments), separator = ", "), ...);
   line << ')';
-  Recorder::Get().Add(line.str());
+  return line.str();
+}
+
+template <class... Arguments>
+void Record(const char* operation, const Arguments&... arguments) {
+  const Uncounted own;
+  Recorder::Get().Add(Line(operation, arguments...));
 }
 
 }  // namespace fakes

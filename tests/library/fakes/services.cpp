@@ -196,6 +196,23 @@ struct FakeConnection final : IWSInterface {
   const std::size_t index;
 };
 
+// A field in its whole length, but for the NULs at its end.
+std::string Whole(const char (&field)[256]) {
+  const std::string text(field, sizeof field);
+  return text.substr(0, text.find_last_not_of('\0') + 1);
+}
+
+std::string Written(Text credential1, const WSConnectInfo& info, const WSVideoInfo& video, const WSDefaultParam& fixed,
+                    const WSSystemParam& system, U64 reserved) {
+  const auto& [format, width, height, frameRate, bitRate] = video.videoParam;
+  return Line(credential1, reserved) + " " +
+         Line("connect", Whole(info.sessionIdText), Whole(info.identityText), Whole(info.versionText), info.clientKind,
+              info.initNumber, Whole(info.auxText), info.streamKind, info.reserved) +
+         " " + Line("video", format, width, height, frameRate, bitRate, Whole(video.text1), Whole(video.text2)) + " " +
+         Line("fixed", +fixed.value1, fixed.value2, +fixed.value3, +fixed.value4) + " " +
+         Line("system", +system.wsOptionEnabled, system.wsOptionInterval, +system.useWss, +system.value4);
+}
+
 struct FakeManager final : IWSManagerInterface {
   I32 Initialise(I32 value, U32 wsManagerValue) override {
     Record("wsManager.Initialise", value, wsManagerValue);
@@ -211,7 +228,7 @@ struct FakeManager final : IWSManagerInterface {
     const Lock lock(StateMutex());
     const auto made = std::make_shared<FakeConnection>(State().connections.size() + 1);
     State().connections.push_back(
-        {credential1, url, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved, notic, made});
+        {url, Written(credential1, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved), notic, made});
     return made;
   }
   void DestroyWS(std::shared_ptr<IWSInterface> connection) override {

@@ -17,19 +17,13 @@
 #include "pass_interface/pass_interface_notic.h"
 #include "ws_interface/ws_interface.h"
 #include "ws_interface/ws_interface_notic.h"
-#include "ws_interface/ws_records.h"
 
 namespace fakes {
 
-// A connection that CreateWS made, with the records it was given.
+// A connection that CreateWS made, with the records it was given, written out.
 struct CreatedConnection {
-  std::string credential1;
   std::string url;
-  ws_interface::WSConnectInfo connectInfo;
-  ws_interface::WSVideoInfo videoInfo;
-  ws_interface::WSDefaultParam defaultParam;
-  ws_interface::WSSystemParam systemParam;
-  std::uint64_t reserved;
+  std::string records;
   std::weak_ptr<ws_interface::IWSInterfaceNotic> sink;
   std::weak_ptr<ws_interface::IWSInterface> object;
   int timesDestroyed = 0;
