@@ -24,8 +24,8 @@ std::uint64_t FailedSoFar();
 std::int64_t Live();
 
 // A step of a story. What it throws reaches this caller, and is nothing but the lack of memory; says whether it threw.
-template <class Step>
-bool Do(const char* name, Step&& step) {
+template <class Name, class Step>
+bool Do(const Name& name, Step&& step) {
   try {
     const fakes::Counted counted;
     step();

@@ -40,15 +40,17 @@ inline std::int64_t Now() {
       .count();
 }
 
-// A granted session with a default line and two carrier lines.
-inline InstanceInfo MakeInfo(const std::string& sessionId = "session-1") {
+// A granted session with a default line and two carrier lines. Like most texts here, what a string holds elsewhere than
+// in place, so that a copy of it needs memory.
+inline InstanceInfo MakeInfo(const std::string& sessionId = "a-long-session-1") {
   InstanceInfo info;
-  info.requestTag = "tag-1";
+  info.requestTag = "a-long-request-tag";
   info.code = 0;
   info.sessionId = sessionId;
   info.sessionSignExpireTime = 9000000000000;
-  info.endpoints = {"", 0, "", 0, "10.0.0.7", 8443};
-  info.subStreamInfoList = {{1, "one", {"", 0, "", 0, "10.1.0.1", 81}}, {2, "two", {"", 0, "", 0, "10.2.0.1", 82}}};
+  info.endpoints = {"", 0, "", 0, "default.cloud.example", 8443};
+  info.subStreamInfoList = {{1, "one of two carriers", {"", 0, "", 0, "line-1.cloud.example", 81}},
+                            {2, "two of two carriers", {"", 0, "", 0, "line-2.cloud.example", 82}}};
   return info;
 }
 
@@ -127,10 +129,10 @@ struct LibraryTest : testing::Test {
   // The controller itself as a sink; works before Init and after a release, too.
   IWSInterfaceNotic& Notices() { return dynamic_cast<IWSInterfaceNotic&>(*controller); }
 
-  const char* credential1 = "credential-1";
-  const char* credential2 = "credential-2";
-  const char* credential3 = "credential-3";
-  const char* targetId = "phone-1";
+  const char* credential1 = "a-long-credential-1";
+  const char* credential2 = "a-long-credential-2";
+  const char* credential3 = "a-long-credential-3";
+  const char* targetId = "a-long-phone-name-1";
   std::int32_t modeFlag = 0;
   std::shared_ptr<fakes::FrontEnd> frontEnd = std::make_shared<fakes::FrontEnd>();
   qv_data_interface::QvVideoParam video;
@@ -138,7 +140,7 @@ struct LibraryTest : testing::Test {
   const qv_data_interface::QvVideoParam* videoParam = &video;
   const qv_data_interface::QvDataSystemParam* systemParam = &system;
   std::int32_t reconnectNumber = 9;
-  const char* baseUrl = "https://cloud";
+  const char* baseUrl = "https://cloud.example";
 
   std::shared_ptr<IQVDataInterface> controller;
 };

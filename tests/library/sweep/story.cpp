@@ -9,9 +9,10 @@ using library_test::MakeInfo;
 constexpr std::uint32_t kSessionExpired = 60103013;
 constexpr std::int32_t kRefused = 4004;
 
-void Answer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId) {
+void BringAnswer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId) {
   auto answer = std::make_shared<InstanceInfo>(MakeInfo(sessionId));
   answer->code = code;
+  answer->message = "a message with its reason";
   sink.OnPhoneConnectRsp(transportResult, 200, answer);
 }
 
@@ -43,6 +44,12 @@ std::int32_t Reconnect(LibraryTest& test) {
   return 0;
 }
 
+void SpeakAsSdk(LibraryTest& test) {
+  test.Internal().SetSdkVersion("a version of the SDK");
+  test.Internal().RecordMilestone("a milestone of the SDK", 1);
+  test.Internal().SendMessageCollect(0, 0, -1, "a detail of the message", "more about the message");
+}
+
 void ChangeIspInNotice(LibraryTest& test) {
   test.At("notice.OnNotice7", [&test] { test.controller->ChangeIsp(2); });
   test.Notices().OnNotice5();
@@ -60,10 +67,10 @@ const std::vector<Story>& Stories() {
        6},
       {"connect with a miss", kReady, [](auto& t) { return t.controller->GetPhoneConnect(); }, 5},
       {"connect with a hit", kCached, [](auto& t) { return t.controller->GetPhoneConnect(); }, 13},
-      {"granted", kRequested, [](auto& pass, auto&) { Answer(pass, 0, 0, "session-1"); }, 10},
-      {"granted again", kConnected, [](auto& pass, auto&) { Answer(pass, 0, 0, "session-2"); }, 9},
-      {"refused", kConnected, [](auto& pass, auto&) { Answer(pass, 0, kRefused, ""); }, 6},
-      {"request failed", kRequested, [](auto& pass, auto&) { Answer(pass, 1, 0, ""); }, 5},
+      {"granted", kRequested, [](auto& pass, auto&) { BringAnswer(pass, 0, 0, "a-long-session-1"); }, 10},
+      {"granted again", kConnected, [](auto& pass, auto&) { BringAnswer(pass, 0, 0, "a-long-session-2"); }, 9},
+      {"refused", kConnected, [](auto& pass, auto&) { BringAnswer(pass, 0, kRefused, ""); }, 6},
+      {"request failed", kRequested, [](auto& pass, auto&) { BringAnswer(pass, 1, 0, ""); }, 5},
       {"refresh", kConnected,
        [](auto& pass, auto& ws) {
          ws.OnErrorCode(kSessionExpired, "");
@@ -80,6 +87,7 @@ const std::vector<Story>& Stories() {
        [](auto& t) { return t.controller->ChangeIsp(1); }, 9},
       {"command", kConnected, [](auto& t) { return t.controller->SendInReq8("text"); }, 1},
       {"every notice", kConnected, [](auto&, auto& ws) { EveryNotice(ws); }, 38},
+      {"embedding SDK", kIdle, SpeakAsSdk, 2},
       {"release", kConnected, [](auto& t) { t.controller->ReleasePhoneConnect(); }, 7},
       {"destruction", kConnected, [](auto& t) { t.controller.reset(); }, 7},
   };
@@ -96,8 +104,8 @@ const std::vector<Intruder>& Intruders() {
       {"ChangeIsp", [](auto& t) { return t.controller->ChangeIsp(2); }},
       {"ChangeIsp in a notice", ChangeIspInNotice},
       {"forwarder", [](auto& t) { return t.controller->SendInReq8("text"); }},
-      {"granted", [](auto& pass, auto&) { Answer(pass, 0, 0, "session-3"); }},
-      {"refused", [](auto& pass, auto&) { Answer(pass, 0, kRefused, ""); }},
+      {"granted", [](auto& pass, auto&) { BringAnswer(pass, 0, 0, "a-long-session-3"); }},
+      {"refused", [](auto& pass, auto&) { BringAnswer(pass, 0, kRefused, ""); }},
       {"refreshed", [](auto& pass, auto&) { Renew(pass, 0); }},
       {"disconnected", [](auto&, auto& ws) { ws.OnConnectState(0); }},
   };
@@ -116,19 +124,51 @@ const Intruder& Failure() {
 void Renew(IPassInterfaceNotic& sink, std::int32_t code) {
   auto renewed = std::make_shared<pass_interface::RefreshSessionRsp>();
   renewed->code = code;
-  renewed->sessionId = "session-renewed";
+  renewed->sessionId = "a-long-session-renewed";
   sink.OnRefreshSessionRsp(0, 200, renewed);
 }
 
-void NotifyLate(LibraryTest& test) {
-  EveryNotice(test.Notices());
-  test.Notices().OnErrorCode(kSessionExpired, "");
-  auto& pass = dynamic_cast<IPassInterfaceNotic&>(*test.controller);
+void StoryTest::ExpectNothingHeld() {
+  EXPECT_EQ(Services().LiveConnections(), 0);
+  EXPECT_THAT(Services().liveRows, testing::IsEmpty());
+  EXPECT_EQ(Services().stopped, Services().made.size());
+  for (const auto& connection : Services().connections) EXPECT_TRUE(connection.object.expired());
+  for (const auto& service : Services().made) EXPECT_TRUE(service.expired());
+}
+
+void StoryTest::ExpectSilenceAfterRelease() {
+  if (!controller) return;
+  // What a failed Init made is kept for the next one, and stopped with it.
+  Init();
+  controller->ReleasePhoneConnect();
+  ExpectNothingHeld();
+  EXPECT_EQ(frontEnd.use_count(), 1);
+  Take();
+  EveryNotice(Notices());
+  Notices().OnErrorCode(kSessionExpired, "");
+  auto& pass = dynamic_cast<IPassInterfaceNotic&>(*controller);
   for (const std::int32_t code : {0, kRefused}) {
-    Answer(pass, 0, code, "session-late");
-    Answer(pass, 1, code, "session-late");
+    BringAnswer(pass, 0, code, "a-long-session-late");
+    BringAnswer(pass, 1, code, "a-long-session-late");
     Renew(pass, code);
   }
+  for (const std::string& call : Take()) EXPECT_FALSE(call.starts_with("notice.") || call.starts_with("ws")) << call;
+  ExpectNothingHeld();
+}
+
+void StoryTest::ExpectThatItConnectsAgain() {
+  if (!controller) NewController();
+  Services().sessionCache.clear();
+  const std::size_t before = Services().connections.size();
+  EXPECT_EQ(Init(), 0);
+  EXPECT_EQ(controller->GetPhoneConnect(), 0);
+  Grant();
+  EXPECT_EQ(Services().connections.size(), before + 1);
+  EXPECT_EQ(Services().LiveConnections(), 1);
+  EXPECT_EQ(Services().liveRows.size(), 1U);
+  EXPECT_TRUE(CommandsAreOpen());
+  controller->ReleasePhoneConnect();
+  ExpectNothingHeld();
 }
 
 }  // namespace sweep

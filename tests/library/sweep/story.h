@@ -77,8 +77,15 @@ const std::vector<Intruder>& Intruders();
 const Intruder& Failure();
 
 void Renew(IPassInterfaceNotic& sink, std::int32_t code);
-// Every kind of notice and answer, on a controller that has been released.
-void NotifyLate(LibraryTest& test);
+
+// What must hold after any story, whatever came in between.
+struct StoryTest : LibraryTest {
+  static void ExpectNothingHeld();
+  // Releases, and then no notice or answer reaches anybody.
+  void ExpectSilenceAfterRelease();
+  // By the service; and releases again.
+  void ExpectThatItConnectsAgain();
+};
 
 }  // namespace sweep
 
