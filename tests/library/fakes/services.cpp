@@ -27,7 +27,24 @@ using I32 = std::int32_t;
 using U32 = std::uint32_t;
 using U64 = std::uint64_t;
 using Text = const char*;
-using Lock = std::lock_guard<std::mutex>;
+
+template <class Work>
+auto Locked(Work&& work) {
+  const std::lock_guard<std::mutex> lock(StateMutex());
+  return work(State());
+}
+
+// Records the call and gives the answer.
+template <class... Arguments>
+int Told(int answer, Text operation, const Arguments&... arguments) {
+  Record(operation, arguments...);
+  return answer;
+}
+
+void NoteStop(Text operation) {
+  Locked([](Services& state) { ++state.stopped; });
+  Record(operation);
+}
 
 #define RESERVED(number) \
   void Reserved##number() override {}
@@ -65,65 +82,45 @@ struct FakeLog final : base::IBaseLogInterface {
 struct FakeCollector final : collect_interface::ICollectInterface {
   void SetCollectSdkType(Text sdkType) override { Record("collect.SetCollectSdkType", sdkType); }
   int DeleteInstanceInfo(int rowId) override {
-    {
-      const Lock lock(StateMutex());
-      State().liveRows.erase(rowId);
-    }
-    Record("collect.DeleteInstanceInfo", rowId);
-    return State().deleteResult;
+    Locked([&](Services& state) { state.liveRows.erase(rowId); });
+    return Told(State().deleteResult, "collect.DeleteInstanceInfo", rowId);
   }
   int InsertInstanceInfo(int* rowId, Text targetId, Text sessionId, int defaultMode, Text channel) override {
     const Uncounted own;
     Record("collect.InsertInstanceInfo", targetId, sessionId, defaultMode, channel);
-    const Lock lock(StateMutex());
-    if (State().insertResult == 0) State().liveRows.insert(*rowId = State().nextRow++);
-    return State().insertResult;
+    return Locked([&](Services& state) {
+      if (state.insertResult == 0) state.liveRows.insert(*rowId = state.nextRow++);
+      return state.insertResult;
+    });
   }
   int UpdataInstanceSessionId(int rowId, Text sessionId, int length) override {
-    Record("collect.UpdataInstanceSessionId", rowId, sessionId, length);
-    return State().updateResult;
+    return Told(State().updateResult, "collect.UpdataInstanceSessionId", rowId, sessionId, length);
   }
   void ReportMessageCollect(std::shared_ptr<pass_interface::MessageCollect> message) override {
     const Uncounted own;
     const auto status = StatusOf(*message);
-    {
-      const Lock lock(StateMutex());
-      State().messages.push_back(message);
-    }
+    Locked([&](Services& state) { state.messages.push_back(message); });
     Record("collect.Report", message->collectType, message->collectStatus, status.errorCode, status.detailText,
            status.extraText);
   }
 };
 
-void NoteStop() {
-  const Lock lock(StateMutex());
-  ++State().stopped;
-}
-
 struct FakePass final : pass_interface::IPassInterface {
   I32 Initialise(Text baseUrl, Text credential1, Text credential2, Text credential3, Text version,
                  std::shared_ptr<IPassInterfaceNotic> notic, void* reserved, U32 httpValue1, U32 httpValue2,
                  bool enabled) override {
-    {
-      const Lock lock(StateMutex());
-      State().passSink = notic;
-    }
-    Record("pass.Initialise", baseUrl, credential1, credential2, credential3, version, notic ? "sink" : "no sink",
-           reserved ? "reserved" : "null", httpValue1, httpValue2, enabled);
-    return State().passInitialiseResult;
+    Locked([&](Services& state) { state.passSink = notic; });
+    return Told(State().passInitialiseResult, "pass.Initialise", baseUrl, credential1, credential2, credential3,
+                version, notic ? "sink" : "no sink", reserved ? "reserved" : "null", httpValue1, httpValue2, enabled);
   }
-  void Stop() override {
-    NoteStop();
-    Record("pass.Stop");
-  }
+  void Stop() override { NoteStop("pass.Stop"); }
   RESERVED(3)
   I32 RequestPhoneConnect(Text targetId, Text text1, Text text2, void* reserved) override {
-    Record("pass.RequestPhoneConnect", targetId, text1, text2, reserved ? "reserved" : "null");
-    return State().requestResult;
+    return Told(State().requestResult, "pass.RequestPhoneConnect", targetId, text1, text2,
+                reserved ? "reserved" : "null");
   }
   I32 RequestRefreshSession(Text sessionId, Text text, I32 value) override {
-    Record("pass.RequestRefreshSession", sessionId, text, value);
-    return State().requestResult;
+    return Told(State().requestResult, "pass.RequestRefreshSession", sessionId, text, value);
   }
 };
 
@@ -133,28 +130,31 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
   I32 SaveSessionCache(Text cacheKey, Text cipherText, std::int64_t expiry) override {
     const Uncounted own;
     Record("db.SaveSessionCache", expiry);
-    const Lock lock(StateMutex());
-    if (State().saveResult == 0) State().sessionCache[cacheKey] = SessionRow{cipherText, expiry};
-    return State().saveResult;
+    return Locked([&](Services& state) {
+      if (state.saveResult == 0) state.sessionCache[cacheKey] = SessionRow{cipherText, expiry};
+      return state.saveResult;
+    });
   }
   I32 LoadSessionCache(Text cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
     const Uncounted own;
     Record("db.LoadSessionCache");
-    const Lock lock(StateMutex());
-    State().minimumExpiry = minimumExpiry;
-    if (State().loadFailure != 0) return State().loadFailure;
-    const auto row = State().sessionCache.find(cacheKey);
-    if (row == State().sessionCache.end() || row->second.expiry <= minimumExpiry) return 0;
-    cipherText = row->second.cipherText;
-    return 1;
+    return Locked([&](Services& state) {
+      state.minimumExpiry = minimumExpiry;
+      const auto row = state.sessionCache.find(cacheKey);
+      if (state.loadFailure != 0 || row == state.sessionCache.end()) return state.loadFailure;
+      if (row->second.expiry <= minimumExpiry) return 0;
+      cipherText = row->second.cipherText;
+      return 1;
+    });
   }
 };
 
 void NoteCipherCall(Text name, const unsigned char* input, int length, const unsigned char* key,
                     const unsigned char* iv) {
   Recorder::Get().Add(name);
-  const Lock lock(StateMutex());
-  State().cipherCalls.push_back({{key, key + 32}, {iv, iv + 16}, std::string(input, input + length)});
+  Locked([&](Services& state) {
+    state.cipherCalls.push_back({{key, key + 32}, {iv, iv + 16}, std::string(input, input + length)});
+  });
 }
 
 unsigned char Checksum(const std::vector<unsigned char>& bytes) {
@@ -163,8 +163,7 @@ unsigned char Checksum(const std::vector<unsigned char>& bytes) {
 
 template <class... Arguments>
 I32 Send(Text operation, const Arguments&... arguments) {
-  Record(operation, arguments...);
-  return State().commandResult;
+  return Told(State().commandResult, operation, arguments...);
 }
 
 struct FakeConnection final : IWSInterface {
@@ -215,8 +214,7 @@ std::string Written(Text credential1, const WSConnectInfo& info, const WSVideoIn
 
 struct FakeManager final : IWSManagerInterface {
   I32 Initialise(I32 value, U32 wsManagerValue) override {
-    Record("wsManager.Initialise", value, wsManagerValue);
-    return State().wsInitialiseResult;
+    return Told(State().wsInitialiseResult, "wsManager.Initialise", value, wsManagerValue);
   }
   std::shared_ptr<IWSInterface> CreateWS(Text credential1, Text url, const WSConnectInfo* connectInfo,
                                          const WSVideoInfo* videoInfo, const WSDefaultParam* defaultParam,
@@ -225,25 +223,20 @@ struct FakeManager final : IWSManagerInterface {
     const Uncounted own;
     Record("wsManager.CreateWS", url);
     if (State().createWsFails) return nullptr;
-    const Lock lock(StateMutex());
-    const auto made = std::make_shared<FakeConnection>(State().connections.size() + 1);
-    State().connections.push_back(
-        {url, Written(credential1, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved), notic, made});
-    return made;
+    const std::string records = Written(credential1, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved);
+    return Locked([&](Services& state) {
+      const auto made = std::make_shared<FakeConnection>(state.connections.size() + 1);
+      state.connections.push_back({url, records, notic, made});
+      return made;
+    });
   }
   void DestroyWS(std::shared_ptr<IWSInterface> connection) override {
     const std::size_t index = connection ? static_cast<const FakeConnection&>(*connection).index : 0;
-    if (index > 0) {
-      const Lock lock(StateMutex());
-      ++State().connections[index - 1].timesDestroyed;
-    }
+    if (index > 0) Locked([&](Services& state) { ++state.connections[index - 1].timesDestroyed; });
     Record("wsManager.DestroyWS", index);
   }
   RESERVED(4)
-  void Stop() override {
-    NoteStop();
-    Record("wsManager.Stop");
-  }
+  void Stop() override { NoteStop("wsManager.Stop"); }
 };
 
 // Lives for ever, since the library calls out before main and after it.
@@ -258,8 +251,7 @@ template <class Fake>
 std::shared_ptr<Fake> Make(int isMissing) {
   if (isMissing != 0) return nullptr;
   auto made = std::make_shared<Fake>();
-  const Lock lock(StateMutex());
-  State().made.push_back(made);
+  Locked([&](Services& state) { state.made.push_back(made); });
   return made;
 }
 
@@ -281,8 +273,7 @@ std::mutex& StateMutex() {
 }
 
 void ResetServices() {
-  const std::lock_guard lock(StateMutex());
-  State() = Services();
+  Locked([](Services& state) { state = Services(); });
 }
 
 pass_interface::MessageCollectStatusData StatusOf(const pass_interface::MessageCollect& message) {

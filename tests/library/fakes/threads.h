@@ -14,50 +14,37 @@
 
 namespace fakes {
 
-class Event {
- public:
-  void Set() {
-    const std::lock_guard lock(mutex);
-    isSet = true;
-    changed.notify_all();
-  }
-  bool IsSetWithin(std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, time, [this] { return isSet; });
-  }
-  void Wait(const std::string& what) {
-    if (IsSetWithin(std::chrono::seconds(20))) return;
-    std::cerr << "waited in vain for " << what << std::endl;
-    std::abort();
-  }
-
- private:
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool isSet = false;
-};
-
 // Runs work on a thread of its own; Finish waits for its end.
 class Worker {
  public:
   explicit Worker(std::function<void()> work, std::string name = "a thread")
       : name(std::move(name)), thread([this, work = std::move(work)] {
           work();
-          done.Set();
+          const std::lock_guard lock(mutex);
+          isDone = true;
+          changed.notify_all();
         }) {}
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
   ~Worker() { Finish(); }
-  bool EndsWithin(std::chrono::milliseconds time) { return done.IsSetWithin(time); }
+  bool EndsWithin(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, time, [this] { return isDone; });
+  }
   void Finish() {
     if (!thread.joinable()) return;
-    done.Wait("the end of " + name);
+    if (!EndsWithin(std::chrono::seconds(20))) {
+      std::cerr << "waited in vain for the end of " << name << std::endl;
+      std::abort();
+    }
     thread.join();
   }
 
  private:
   const std::string name;
-  Event done;
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isDone = false;
   std::thread thread;
 };
 
