@@ -107,24 +107,7 @@ struct LibraryTest : testing::Test {
   bool CommandsAreOpen() { return controller->SendInReq17(1) == 0; }
 
   static std::shared_ptr<pass_interface::IPassInterfaceNotic> PassSink() { return Services().passSink.lock(); }
-  // The sink of the newest connection.
-  static std::shared_ptr<IWSInterfaceNotic> WsSink() { return Services().connections.back().sink.lock(); }
   static const fakes::CreatedConnection& LastConnection() { return Services().connections.back(); }
-  static Status LastStatus() { return fakes::StatusOf(*Services().messages.back()); }
-
-  // A message with what the controller's status has gathered so far; null before anything was. Leaves no trace.
-  std::shared_ptr<pass_interface::MessageCollect> Gathered() {
-    if (!controller) return nullptr;
-    fakes::Recorder::Get().Mute(true);
-    const auto messages = Services().messages;
-    const int missing = std::exchange(Services().collectorMissing, 0);
-    Internal().SendMessageCollect(0, 0, 0, "", "");
-    Services().collectorMissing = missing;
-    fakes::Recorder::Get().Mute(false);
-    const auto message = Services().messages.size() > messages.size() ? Services().messages.back() : nullptr;
-    Services().messages = messages;
-    return message;
-  }
   IQVInternalDataInterface& Internal() { return dynamic_cast<IQVInternalDataInterface&>(*controller); }
   // The controller itself as a sink; works before Init and after a release, too.
   IWSInterfaceNotic& Notices() { return dynamic_cast<IWSInterfaceNotic&>(*controller); }

@@ -64,6 +64,18 @@ struct Transcript : LibraryTest {
   }
 
  private:
+  // A message with what the controller's status has gathered so far; null before anything was. Leaves no trace.
+  std::shared_ptr<pass_interface::MessageCollect> Gathered() {
+    if (!controller) return nullptr;
+    const auto sent = Services().messages;
+    const int missing = std::exchange(Services().collectorMissing, 0);
+    fakes::Recorder::Get().Mute(true);
+    Internal().SendMessageCollect(0, 0, 0, "", "");
+    fakes::Recorder::Get().Mute(false);
+    Services().collectorMissing = missing;
+    const auto all = std::exchange(Services().messages, sent);
+    return all.size() > sent.size() ? all.back() : nullptr;
+  }
   std::map<std::string, std::string> FieldsOf(const std::shared_ptr<pass_interface::MessageCollect>& message) const {
     if (!message) return {};
     const Status status = fakes::StatusOf(*message);

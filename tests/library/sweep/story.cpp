@@ -6,31 +6,6 @@ namespace {
 using library_test::InstanceInfo;
 using library_test::MakeInfo;
 
-constexpr std::uint32_t kSessionExpired = 60103013;
-constexpr std::int32_t kRefused = 4004;
-
-void BringAnswer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId) {
-  auto answer = std::make_shared<InstanceInfo>(MakeInfo(sessionId));
-  answer->code = code;
-  answer->message = "a message with its reason";
-  sink.OnPhoneConnectRsp(transportResult, 200, answer);
-}
-
-void EveryNotice(IWSInterfaceNotic& sink) {
-  sink.OnConnectState(1);
-  sink.OnConnectStep(5);
-  sink.OnConnectStep(0);
-  sink.OnConnectState(2);
-  sink.OnAuthRsp(1, 2, 3, "264");
-  sink.OnPlayRsp(1, 2, 3, 4, 5, 6, 7, 8, 9, 10);
-  sink.OnFirstFrame(1, 2, 3, 4);
-  sink.OnVideoParamRsp(0, 1, 30, 3, 400, 500);
-  sink.OnNotice6("text");
-  sink.OnErrorCode(123, "why");
-  sink.OnErrorCode(60102029, "why");
-  sink.OnConnectState(0);
-}
-
 std::int32_t ReleaseAndInit(LibraryTest& test) {
   test.controller->ReleasePhoneConnect();
   return test.Init();
@@ -119,6 +94,28 @@ const Intruder& Failure() {
     return made;
   }();
   return *failure;
+}
+
+void BringAnswer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId) {
+  auto answer = std::make_shared<InstanceInfo>(MakeInfo(sessionId));
+  answer->code = code;
+  answer->message = "a message with its reason";
+  sink.OnPhoneConnectRsp(transportResult, 200, answer);
+}
+
+void EveryNotice(IWSInterfaceNotic& sink) {
+  sink.OnConnectState(1);
+  sink.OnConnectStep(5);
+  sink.OnConnectStep(0);
+  sink.OnConnectState(2);
+  sink.OnAuthRsp(1, 2, 3, "264");
+  sink.OnPlayRsp(1, 2, 3, 4, 5, 6, 7, 8, 9, 10);
+  sink.OnFirstFrame(1, 2, 3, 4);
+  sink.OnVideoParamRsp(0, 1, 30, 3, 400, 500);
+  sink.OnNotice6("text");
+  sink.OnErrorCode(123, "why");
+  sink.OnErrorCode(60102029, "why");
+  sink.OnConnectState(0);
 }
 
 void Renew(IPassInterfaceNotic& sink, std::int32_t code) {

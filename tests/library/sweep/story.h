@@ -76,7 +76,13 @@ const std::vector<Story>& Stories();
 const std::vector<Intruder>& Intruders();
 const Intruder& Failure();
 
+constexpr std::uint32_t kSessionExpired = 60103013;
+constexpr std::int32_t kRefused = 4004;
+
+// The services' answers and notices.
+void BringAnswer(IPassInterfaceNotic& sink, std::int32_t transportResult, std::int32_t code, const char* sessionId);
 void Renew(IPassInterfaceNotic& sink, std::int32_t code);
+void EveryNotice(IWSInterfaceNotic& sink);
 
 // What must hold after any story, whatever came in between.
 struct StoryTest : LibraryTest {

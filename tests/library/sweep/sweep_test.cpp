@@ -233,5 +233,42 @@ TEST_F(Sweep, EveryIntruderAtEveryCallOutLeavesWhatMustAlwaysHold) {
   RecordProperty("schedules", schedules);
 }
 
+// Without a pause, for the sanitizers. The controller itself serves as the sinks, so that notices come at every moment,
+// after a release too.
+TEST_F(Sweep, EveryThreadRunsAgainstEveryOther) {
+  auto& pass = dynamic_cast<IPassInterfaceNotic&>(*controller);
+  Recorder::Get().Mute(true);
+  const auto often = [](auto round) {
+    return [round] {
+      for (int i = 0; i < 300; ++i) round(i);
+    };
+  };
+  {
+    Worker owner(often([&](int i) {
+      Init();
+      controller->GetPhoneConnect();
+      controller->SendInReq17(i);
+      controller->ReleasePhoneConnect();
+    }));
+    Worker service(often([&](int i) {
+      BringAnswer(pass, i % 7 == 6 ? 1 : 0, i % 5 == 4 ? kRefused : 0, i % 2 ? "a-long-session-1" : "a-long-session-2");
+      Renew(pass, i % 11 == 10 ? kRefused : 0);
+    }));
+    Worker webSocket(often([&](int) {
+      EveryNotice(Notices());
+      Notices().OnErrorCode(kSessionExpired, "");
+    }));
+    Worker frontEndThread(often([&](int i) {
+      controller->ChangeIsp(static_cast<std::uint32_t>(i % 3));
+      controller->SendInReq8("x");
+      Internal().SetSdkVersion("2");
+      Internal().SendMessageCollect(1, 2, 3, "", "");
+    }));
+  }
+  Recorder::Get().Mute(false);
+  controller->ReleasePhoneConnect();
+  ExpectNothingHeld();
+}
+
 }  // namespace
 }  // namespace sweep
