@@ -20,18 +20,16 @@
 namespace {
 
 using testing::ElementsAre;
-using Data = qv_data_interface::IQVDataInterface;
-using Internal = qv_data_interface::IQVInternalDataInterface;
-using Dummy = qv_data_interface::IQVDataDummyReqInterface;
-using Notic = qv_data_interface::IQVDataInterfaceNotic;
-using Log = base::IBaseLogInterface;
-using Collect = collect_interface::ICollectInterface;
-using Database = database_interface::IDatabaseInterface;
-using Pass = pass_interface::IPassInterface;
-using PassNotic = pass_interface::IPassInterfaceNotic;
-using Manager = ws_interface::IWSManagerInterface;
-using Ws = ws_interface::IWSInterface;
-using WsNotic = ws_interface::IWSInterfaceNotic;
+
+// MEMBERS(Type, a, b) is &Type::a, &Type::b.
+#define PARENTHESES ()
+#define AGAIN(...) AGAIN_2(AGAIN_2(AGAIN_2(AGAIN_2(__VA_ARGS__))))
+#define AGAIN_2(...) AGAIN_1(AGAIN_1(AGAIN_1(AGAIN_1(__VA_ARGS__))))
+#define AGAIN_1(...) ONCE(ONCE(__VA_ARGS__))
+#define ONCE(...) __VA_ARGS__
+#define MEMBER(Type, first, ...) &Type::first __VA_OPT__(, NEXT_MEMBER PARENTHESES(Type, __VA_ARGS__))
+#define NEXT_MEMBER() MEMBER
+#define MEMBERS(...) AGAIN(MEMBER(__VA_ARGS__))
 
 // In the Itanium ABI, which g++ and clang follow on every system, a pointer to a virtual operation holds one more than
 // the operation's place in the dispatch table in bytes.
@@ -53,39 +51,35 @@ void InOrder(std::size_t first, Types Interface::*... operations) {
 }
 
 TEST(Interfaces, HaveTheirOperationsInTheirSlots) {
-  InOrder(0, &Data::Init, &Data::ReleasePhoneConnect, &Data::GetPhoneConnect, &Data::SendInReq3, &Data::SendInReq4,
-          &Data::SendInReq5, &Data::SendInReq6, &Data::SendInReq7, &Data::SendInReq8, &Data::SendInReq9,
-          &Data::SendInReq10, &Data::SendInReq11, &Data::SendInMicParamReq, &Data::SendInReq13,
-          &Data::SendInCameraParamReq, &Data::SendInReq15, &Data::SendInReq16, &Data::SendInReq17, &Data::ChangeIsp);
+  InOrder(0, MEMBERS(qv_data_interface::IQVDataInterface, Init, ReleasePhoneConnect, GetPhoneConnect, SendInReq3,
+                     SendInReq4, SendInReq5, SendInReq6, SendInReq7, SendInReq8, SendInReq9, SendInReq10, SendInReq11,
+                     SendInMicParamReq, SendInReq13, SendInCameraParamReq, SendInReq15, SendInReq16, SendInReq17,
+                     ChangeIsp));
   // The shared base comes first with its nineteen operations and the two entries of its destructor.
-  InOrder(21, &Internal::SendMessageCollect, &Internal::SetSdkVersion, &Internal::RecordMilestone);
-  InOrder(21, &Dummy::SendDummyReq);
-  InOrder(0, &Notic::OnStatus, &Notic::OnServiceCode, &Notic::OnChooseVideoFormat, &Notic::OnPlayRsp,
-          &Notic::OnFirstFrame, &Notic::OnNotice6, &Notic::OnNotice7, &Notic::OnNotice8, &Notic::OnNotice9,
-          &Notic::OnNotice10, &Notic::OnNotice11, &Notic::OnNotice12, &Notic::OnNotice13, &Notic::OnVideoParamRsp,
-          &Notic::OnNotice15, &Notic::OnNotice16, &Notic::OnNotice17, &Notic::OnIspList, &Notic::OnNotice19);
-  InOrder(0, &Log::SetLogPath, &Log::SetLogName, &Log::SetLogSizeSetting, &Log::SetLogLevel, &Log::Reserved5,
-          &Log::SetLogModeSetting, &Log::SetLogCountSetting, &Log::Reserved8, &Log::Reserved9, &Log::WriteLog,
-          &Log::Reserved11, &Log::Reserved12, &Log::Reserved13, &Log::Reserved14, &Log::StartLog);
-  InOrder(0, &Collect::SetCollectSdkType, &Collect::DeleteInstanceInfo, &Collect::InsertInstanceInfo,
-          &Collect::UpdataInstanceSessionId, &Collect::ReportMessageCollect);
-  InOrder(16, &Database::SaveSessionCache, &Database::LoadSessionCache);
-  InOrder(0, &Pass::Initialise, &Pass::Stop, &Pass::Reserved3, &Pass::RequestPhoneConnect,
-          &Pass::RequestRefreshSession);
-  InOrder(0, &PassNotic::OnPhoneConnectRsp, &PassNotic::OnRefreshSessionRsp, &PassNotic::OnServiceRsp3,
-          &PassNotic::OnServiceRsp4, &PassNotic::OnServiceRsp5, &PassNotic::OnServiceRsp6, &PassNotic::OnServiceNotice7,
-          &PassNotic::OnServiceRsp8, &PassNotic::OnServiceNotice9, &PassNotic::OnServiceNotice10,
-          &PassNotic::OnServiceRsp11);
-  InOrder(0, &Manager::Initialise, &Manager::CreateWS, &Manager::DestroyWS, &Manager::Reserved4, &Manager::Stop);
-  InOrder(0, &Ws::SetSessionId, &Ws::SendReq2, &Ws::SendReq3, &Ws::SendReq4, &Ws::SendReq5, &Ws::SendReq6,
-          &Ws::SendReq7, &Ws::SendReq8, &Ws::SendReq9, &Ws::SendReq10, &Ws::SendReq11, &Ws::SendMicParamReq,
-          &Ws::SendReq13, &Ws::SendCameraParamReq, &Ws::SendReq15, &Ws::SendReq16, &Ws::SendReq17, &Ws::SendDummyReq);
-  InOrder(0, &WsNotic::OnConnectState, &WsNotic::OnConnectStep, &WsNotic::OnAuthRsp, &WsNotic::OnPlayRsp,
-          &WsNotic::OnNotice5, &WsNotic::OnNotice6, &WsNotic::OnNotice7, &WsNotic::OnNotice8, &WsNotic::OnNotice9,
-          &WsNotic::OnNotice10, &WsNotic::OnVideoParamRsp, &WsNotic::OnNotice12, &WsNotic::OnNotice13,
-          &WsNotic::OnNotice14, &WsNotic::OnNotice15, &WsNotic::OnNotice16, &WsNotic::OnNotice17, &WsNotic::OnNotice18,
-          &WsNotic::OnNotice19, &WsNotic::OnNotice20, &WsNotic::OnErrorCode, &WsNotic::OnFirstFrame,
-          &WsNotic::OnNotice23, &WsNotic::OnNotice24, &WsNotic::OnNotice25);
+  InOrder(21, MEMBERS(qv_data_interface::IQVInternalDataInterface, SendMessageCollect, SetSdkVersion, RecordMilestone));
+  InOrder(21, MEMBERS(qv_data_interface::IQVDataDummyReqInterface, SendDummyReq));
+  InOrder(0, MEMBERS(qv_data_interface::IQVDataInterfaceNotic, OnStatus, OnServiceCode, OnChooseVideoFormat, OnPlayRsp,
+                     OnFirstFrame, OnNotice6, OnNotice7, OnNotice8, OnNotice9, OnNotice10, OnNotice11, OnNotice12,
+                     OnNotice13, OnVideoParamRsp, OnNotice15, OnNotice16, OnNotice17, OnIspList, OnNotice19));
+  InOrder(0, MEMBERS(base::IBaseLogInterface, SetLogPath, SetLogName, SetLogSizeSetting, SetLogLevel, Reserved5,
+                     SetLogModeSetting, SetLogCountSetting, Reserved8, Reserved9, WriteLog, Reserved11, Reserved12,
+                     Reserved13, Reserved14, StartLog));
+  InOrder(0, MEMBERS(collect_interface::ICollectInterface, SetCollectSdkType, DeleteInstanceInfo, InsertInstanceInfo,
+                     UpdataInstanceSessionId, ReportMessageCollect));
+  InOrder(16, MEMBERS(database_interface::IDatabaseInterface, SaveSessionCache, LoadSessionCache));
+  InOrder(0, MEMBERS(pass_interface::IPassInterface, Initialise, Stop, Reserved3, RequestPhoneConnect,
+                     RequestRefreshSession));
+  InOrder(0, MEMBERS(pass_interface::IPassInterfaceNotic, OnPhoneConnectRsp, OnRefreshSessionRsp, OnServiceRsp3,
+                     OnServiceRsp4, OnServiceRsp5, OnServiceRsp6, OnServiceNotice7, OnServiceRsp8, OnServiceNotice9,
+                     OnServiceNotice10, OnServiceRsp11));
+  InOrder(0, MEMBERS(ws_interface::IWSManagerInterface, Initialise, CreateWS, DestroyWS, Reserved4, Stop));
+  InOrder(0, MEMBERS(ws_interface::IWSInterface, SetSessionId, SendReq2, SendReq3, SendReq4, SendReq5, SendReq6,
+                     SendReq7, SendReq8, SendReq9, SendReq10, SendReq11, SendMicParamReq, SendReq13, SendCameraParamReq,
+                     SendReq15, SendReq16, SendReq17, SendDummyReq));
+  InOrder(0, MEMBERS(ws_interface::IWSInterfaceNotic, OnConnectState, OnConnectStep, OnAuthRsp, OnPlayRsp, OnNotice5,
+                     OnNotice6, OnNotice7, OnNotice8, OnNotice9, OnNotice10, OnVideoParamRsp, OnNotice12, OnNotice13,
+                     OnNotice14, OnNotice15, OnNotice16, OnNotice17, OnNotice18, OnNotice19, OnNotice20, OnErrorCode,
+                     OnFirstFrame, OnNotice23, OnNotice24, OnNotice25));
 }
 
 // Where the members stand in a record, and its size.
@@ -97,49 +91,33 @@ std::vector<std::size_t> Layout(Types Record::*... members) {
 }
 
 TEST(Records, HaveTheirLayout) {
-  using Video = qv_data_interface::QvVideoParam;
-  EXPECT_THAT(Layout(&Video::videoFormat, &Video::width, &Video::height, &Video::frameRate, &Video::bitRate),
+  EXPECT_THAT(Layout(MEMBERS(qv_data_interface::QvVideoParam, videoFormat, width, height, frameRate, bitRate)),
               ElementsAre(0, 4, 6, 8, 12, 16));
-  using WsVideo = ws_interface::WSVideoParam;
-  EXPECT_THAT(Layout(&WsVideo::videoFormat, &WsVideo::width, &WsVideo::height, &WsVideo::frameRate, &WsVideo::bitRate),
+  EXPECT_THAT(Layout(MEMBERS(ws_interface::WSVideoParam, videoFormat, width, height, frameRate, bitRate)),
               ElementsAre(0, 4, 6, 8, 12, 16));
-  using System = qv_data_interface::QvDataSystemParam;
-  EXPECT_THAT(Layout(&System::wsOptionEnabled, &System::wsManagerValue, &System::wsOptionInterval, &System::useWss,
-                     &System::httpValue1, &System::httpValue2),
+  EXPECT_THAT(Layout(MEMBERS(qv_data_interface::QvDataSystemParam, wsOptionEnabled, wsManagerValue, wsOptionInterval,
+                             useWss, httpValue1, httpValue2)),
               ElementsAre(0, 4, 8, 12, 16, 20, 24));
-  using LogParam = qv_data_interface::QvLogParam;
-  EXPECT_THAT(Layout(&LogParam::level, &LogParam::path, &LogParam::name, &LogParam::sizeSetting, &LogParam::modeSetting,
-                     &LogParam::countSetting),
+  EXPECT_THAT(Layout(MEMBERS(qv_data_interface::QvLogParam, level, path, name, sizeSetting, modeSetting, countSetting)),
               ElementsAre(0, 4, 260, 516, 520, 524, 528));
-  using Isp = qv_data_interface::IspItem;
-  EXPECT_THAT(Layout(&Isp::ispCode, &Isp::label), ElementsAre(0, 8, 16));
-  using Info = ws_interface::WSConnectInfo;
-  EXPECT_THAT(Layout(&Info::sessionIdText, &Info::identityText, &Info::versionText, &Info::clientKind,
-                     &Info::initNumber, &Info::auxText, &Info::streamKind, &Info::reserved),
+  EXPECT_THAT(Layout(MEMBERS(qv_data_interface::IspItem, ispCode, label)), ElementsAre(0, 8, 16));
+  EXPECT_THAT(Layout(MEMBERS(ws_interface::WSConnectInfo, sessionIdText, identityText, versionText, clientKind,
+                             initNumber, auxText, streamKind, reserved)),
               ElementsAre(0, 256, 512, 768, 772, 776, 1032, 1040, 1048));
-  using VideoInfo = ws_interface::WSVideoInfo;
-  EXPECT_THAT(Layout(&VideoInfo::videoParam, &VideoInfo::text1, &VideoInfo::text2), ElementsAre(0, 16, 272, 528));
-  using Default = ws_interface::WSDefaultParam;
-  EXPECT_THAT(Layout(&Default::value1, &Default::value2, &Default::value3, &Default::value4),
+  EXPECT_THAT(Layout(MEMBERS(ws_interface::WSVideoInfo, videoParam, text1, text2)), ElementsAre(0, 16, 272, 528));
+  EXPECT_THAT(Layout(MEMBERS(ws_interface::WSDefaultParam, value1, value2, value3, value4)),
               ElementsAre(0, 4, 8, 9, 12));
-  using WsSystem = ws_interface::WSSystemParam;
-  EXPECT_THAT(Layout(&WsSystem::wsOptionEnabled, &WsSystem::wsOptionInterval, &WsSystem::useWss, &WsSystem::value4),
+  EXPECT_THAT(Layout(MEMBERS(ws_interface::WSSystemParam, wsOptionEnabled, wsOptionInterval, useWss, value4)),
               ElementsAre(0, 4, 8, 9, 12));
-
-  using Base = pass_interface::MessageCollectBaseData;
-  using Status = pass_interface::MessageCollectStatusData;
-  static_assert(std::has_virtual_destructor_v<Base>);
-  auto fields = Layout(&Base::sessionId, &Base::targetId);
-  const auto own =
-      Layout(&Status::channel, &Status::wsDomain, &Status::wsPort, &Status::errorCode, &Status::statusText,
-             &Status::sdkVersion, &Status::interfaceVersion, &Status::playResponseTime, &Status::firstFrameTime,
-             &Status::releaseTime, &Status::connectingCount, &Status::connectingTime, &Status::disconnectedTime,
-             &Status::connectedTime, &Status::connectedFlag, &Status::detailText, &Status::extraText,
-             &Status::processName, &Status::milestones);
+  static_assert(std::has_virtual_destructor_v<pass_interface::MessageCollectBaseData>);
+  auto fields = Layout(MEMBERS(pass_interface::MessageCollectBaseData, sessionId, targetId));
+  const auto own = Layout(MEMBERS(pass_interface::MessageCollectStatusData, channel, wsDomain, wsPort, errorCode,
+                                  statusText, sdkVersion, interfaceVersion, playResponseTime, firstFrameTime,
+                                  releaseTime, connectingCount, connectingTime, disconnectedTime, connectedTime,
+                                  connectedFlag, detailText, extraText, processName, milestones));
   fields.insert(fields.end(), own.begin(), own.end());
-  using Message = pass_interface::MessageCollect;
-  for (const auto& offsets : {fields, Layout(&Message::collectType, &Message::collectStatus, &Message::defaultMode,
-                                             &Message::timestamp, &Message::tag, &Message::data)}) {
+  for (const auto& offsets : {fields, Layout(MEMBERS(pass_interface::MessageCollect, collectType, collectStatus,
+                                                     defaultMode, timestamp, tag, data))}) {
     EXPECT_TRUE(std::is_sorted(offsets.begin(), offsets.end()));
   }
 }
