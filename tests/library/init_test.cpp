@@ -68,6 +68,12 @@ TEST_F(Initialisation, MakesAndInitialisesTheServicesInOrderAndOnce) {
   STEP(Init());
   STEP(controller->GetPhoneConnect());
 
+  Chapter("Without a cipher there is no session cache.");
+  Services().encryptFails = 1;
+  STEP(Init());
+  STEP(controller->GetPhoneConnect());
+  STEP(Grant());
+
   Chapter("Without a system record and a base URL the defaults serve; a mode other than 0 is no default mode.");
   systemParam = nullptr;
   baseUrl = nullptr;

@@ -63,6 +63,9 @@ struct Transcript : LibraryTest {
     return begin <= time && time <= Now() ? "in this test" : std::to_string(time);
   }
 
+ protected:
+  std::string text;
+
  private:
   // A message with what the controller's status has gathered so far; null before anything was. Leaves no trace.
   std::shared_ptr<pass_interface::MessageCollect> Gathered() {
@@ -110,7 +113,6 @@ struct Transcript : LibraryTest {
   }
 
   const std::int64_t begin = Now();
-  std::string text;
   std::map<std::string, std::string> shown;
   // Takes the calls since the last one; a message shows the status that it carries, any other call the gathered one.
   const fakes::Recorder::OnEachCall note = [this](const char*) {

@@ -144,6 +144,7 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
       if (state.loadFailure != 0 || row == state.sessionCache.end()) return state.loadFailure;
       if (row->second.expiry <= minimumExpiry) return 0;
       cipherText = row->second.cipherText;
+      if (state.rowsAreSpoilt != 0) cipherText.back() ^= 1;
       return 1;
     });
   }

@@ -56,6 +56,7 @@ struct Answers {
   int deleteResult = 0;
   int encryptFails = 0;
   int loadFailure = 0;
+  int rowsAreSpoilt = 0;
   int saveResult = 0;
 };
 

@@ -1,5 +1,5 @@
-// Every call into every service fails, one at a time: what it leads to stands in the transcript, and the same controller
-// connects once the service is well again.
+// Every story, undisturbed and with each call into a service failing. What the story leads to stands in the transcript,
+// with a fault only where it makes a difference; and the same controller connects once the service is well again.
 #include "tests/library/sweep/story.h"
 #include "tests/library/transcript.h"
 
@@ -8,76 +8,48 @@ namespace {
 
 using fakes::Answers;
 
-// Twice, for what a failed Init made is kept for the next one.
-constexpr auto kInit = [](LibraryTest& t) {
-  const std::int32_t result = t.Init();
-  EXPECT_EQ(t.Init(), result);
-  EXPECT_EQ(t.controller->GetPhoneConnect(), -1);
-  t.Notices().OnNotice5();
-  return result;
-};
-constexpr auto kConnect = [](LibraryTest& t) { return t.controller->GetPhoneConnect(); };
-constexpr auto kWholeConnect = [](LibraryTest& t) {
-  EXPECT_EQ(t.Init(), 0);
-  EXPECT_EQ(t.controller->GetPhoneConnect(), 0);
-  t.Grant();
-};
-constexpr auto kGrant = [](LibraryTest& t) { t.Grant(); };
-constexpr auto kGrantAnother = [](LibraryTest& t) { t.Grant(library_test::MakeInfo("session-22")); };
-constexpr auto kGrantAndCommand = [](LibraryTest& t) { return t.Grant(), t.controller->SendInReq4(1, 2); };
-constexpr auto kCommand = [](LibraryTest& t) { return t.controller->SendInReq8("text"); };
-constexpr auto kChangeIsp = [](LibraryTest& t) { return t.controller->ChangeIsp(2); };
-constexpr auto kRelease = [](LibraryTest& t) { t.controller->ReleasePhoneConnect(); };
-constexpr auto kRenew = [](auto& pass, auto&) { Renew(pass, 0); };
-constexpr auto kExpire = [](auto&, auto& ws) { ws.OnErrorCode(60103013, ""); };
-constexpr auto kStand = [](auto&, auto& ws) { ws.OnConnectState(2); };
-constexpr auto kAsk = [](auto&, auto& ws) { ws.OnNotice6("text"); };
-constexpr auto kSpoiltRow = [](LibraryTest& t) {
-  kCached(t);
-  t.Services().sessionCache.begin()->second.cipherText.back() ^= 1;
-};
-
 struct Fault {
-  const char* text;
-  void (*prepare)(LibraryTest&);
+  const char* name;
   int Answers::*answer;
   int value;
-  Action action;
 };
-#define FAULT(prepare, answer, value, action) \
-  { #prepare ", " #answer " = " #value ", " #action, prepare, &Answers::answer, value, action }
 
 const Fault kFaults[] = {
-    FAULT(kIdle, passMissing, 1, kInit),
-    FAULT(kIdle, wsManagerMissing, 1, kInit),
-    FAULT(kIdle, passInitialiseResult, 17, kInit),
-    FAULT(kIdle, wsInitialiseResult, -18, kInit),
-    FAULT(kIdle, encryptFails, 1, kWholeConnect),
-    FAULT(kCached, databaseMissing, 1, kConnect),
-    FAULT(kCached, loadFailure, -1, kConnect),
-    FAULT(kSpoiltRow, saveResult, 0, kConnect),
-    FAULT(kReady, requestResult, 5, kConnect),
-    FAULT(kRequested, createWsFails, 1, kGrantAndCommand),
-    FAULT(kRequested, collectorMissing, 1, kGrant),
-    FAULT(kRequested, insertResult, -1, kGrant),
-    FAULT(kConnected, updateResult, -1, kGrantAnother),
-    FAULT(kRequested, encryptFails, 1, kGrant),
-    FAULT(kRequested, saveResult, -1, kGrant),
-    FAULT(kRequested, databaseMissing, 1, kGrant),
-    FAULT(kConnected, commandResult, -5, kRenew),
-    FAULT(kConnected, requestResult, 5, kExpire),
-    FAULT(kConnected, commandResult, -5, kStand),
-    FAULT(kConnected, collectorMissing, 1, kStand),
-    FAULT(kConnected, commandResult, -5, kAsk),
-    FAULT(kConnected, commandResult, -5, kCommand),
-    FAULT(kConnected, createWsFails, 1, kChangeIsp),
-    FAULT(kConnected, deleteResult, -1, kRelease),
-    FAULT(kConnected, collectorMissing, 1, kRelease),
+    {"no HTTP service", &Answers::passMissing, 1},
+    {"no WebSocket manager", &Answers::wsManagerMissing, 1},
+    {"no collector", &Answers::collectorMissing, 1},
+    {"no session cache", &Answers::databaseMissing, 1},
+    {"the HTTP service does not start", &Answers::passInitialiseResult, 17},
+    {"the WebSocket manager does not start", &Answers::wsInitialiseResult, -18},
+    {"the HTTP service takes no request", &Answers::requestResult, 5},
+    {"the connection takes no command", &Answers::commandResult, -5},
+    {"no connection is made", &Answers::createWsFails, 1},
+    {"no row is inserted", &Answers::insertResult, -1},
+    {"no row is updated", &Answers::updateResult, -1},
+    {"no row is deleted", &Answers::deleteResult, -1},
+    {"nothing is enciphered", &Answers::encryptFails, 1},
+    {"no session is loaded", &Answers::loadFailure, -1},
+    {"a loaded session is spoilt", &Answers::rowsAreSpoilt, 1},
+    {"no session is saved", &Answers::saveResult, -1},
 };
 
 struct ServiceFault : library_test::Transcript {
+  // The steps of a story, from its beginning.
+  std::string Tell(const Story& story, const Fault* fault) {
+    StartOver();
+    story.prepare(*this);
+    if (fault) Services().*fault->answer = fault->value;
+    const std::string before = std::exchange(text, "");
+    std::int32_t result = kSaysNothing;
+    Step(std::string(story.name) + (fault ? std::string("; ") + fault->name : ""),
+         [&] { result = story.action.run(*this); });
+    if (result != kSaysNothing) Say("  = " + std::to_string(result));
+    return std::exchange(text, before);
+  }
+
   // What has been reached before is refused here, and need not be repeated.
   void ExpectThatItConnects() {
+    static_cast<Answers&>(Services()) = {};
     Init();
     controller->GetPhoneConnect();
     if (!CommandsAreOpen()) Grant();
@@ -87,20 +59,21 @@ struct ServiceFault : library_test::Transcript {
 };
 
 TEST_F(ServiceFault, LeadsToItsCodeNoticeAndTelemetryAndThenTheControllerConnects) {
-  for (const Fault& fault : kFaults) {
-    SCOPED_TRACE(fault.text);
-    StartOver();
-    fault.prepare(*this);
-    Services().*fault.answer = fault.value;
-    std::int32_t result = kSaysNothing;
-    Step(fault.text, [&] { result = fault.action.run(*this); });
-    if (result != kSaysNothing) Say("  = " + std::to_string(result));
-    static_cast<Answers&>(Services()) = {};
-    ExpectThatItConnects();
-    controller->ReleasePhoneConnect();
-    ExpectThatItConnects();
-    controller.reset();
-    EXPECT_EQ(Services().LiveConnections(), 0);
+  const auto withoutName = [](const std::string& told) { return told.substr(told.find('\n')); };
+  for (const Story& story : Stories()) {
+    const std::string usual = Tell(story, nullptr);
+    Say(usual);
+    for (const Fault& fault : kFaults) {
+      SCOPED_TRACE(std::string(story.name) + ": " + fault.name);
+      const std::string told = Tell(story, &fault);
+      if (withoutName(told) != withoutName(usual)) Say(told);
+      if (!controller) NewController();
+      ExpectThatItConnects();
+      controller->ReleasePhoneConnect();
+      ExpectThatItConnects();
+      controller.reset();
+      EXPECT_EQ(Services().LiveConnections(), 0);
+    }
   }
 }
 
