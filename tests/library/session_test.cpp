@@ -123,7 +123,7 @@ TEST_F(Codec, AFailedReadKeepsWhatStoodBeforeTheFailingKeyAndAppendsStrategies) 
   EXPECT_EQ(Written(info), Written(InstanceInfo()));
 }
 
-struct Cipher : LibraryTest {
+struct Cipher : Transcript {
   static std::string Encrypt(const std::string& plain) {
     return EncryptSessionText(plain.data(), static_cast<std::int32_t>(plain.size()));
   }
@@ -132,22 +132,18 @@ struct Cipher : LibraryTest {
   }
 };
 
-TEST_F(Cipher, ATextComesBackByteForByte) {
-  for (const std::string& plain : {std::string(), std::string("plain"), std::string("with\0nul", 8)}) {
-    const std::string text = Encrypt(plain);
-    EXPECT_NE(text, plain);
-    EXPECT_EQ(Decrypt(text), plain);
-    EXPECT_EQ(Services().cipherCalls[0].input, plain);
-    EXPECT_THAT(Take(), ElementsAre("cipher.Encrypt", "cipher.Decrypt"));
-    Services().cipherCalls.clear();
-  }
-}
+TEST_F(Cipher, GivesBackEveryByteAndFailsWithOneLine) {
+  STEP(Encrypt(""));
+  STEP(Encrypt(std::string("with\0nul", 8)));
+  STEP(Decrypt(Encrypt(std::string("with\0nul", 8))));
+  Services().encryptFails = true;
+  STEP(Encrypt("plain"));
+  Say("\nText that is no base64 reaches the decipher step, too, which decides.");
+  STEP(Decrypt("?!"));
+  STEP(Services().cipherCalls.back().input);
 
-TEST_F(Cipher, KeyAndVectorArePrintableMaterialUnderTheAlternatingMasks) {
-  Decrypt(Encrypt("plain"));
   std::vector<unsigned char> key(40), iv;
   qv_data_interface::PrepareCacheKeyMaterial(key, iv);
-  ASSERT_EQ(Services().cipherCalls.size(), 2U);
   for (const fakes::CipherCall& call : Services().cipherCalls) {
     EXPECT_EQ(call.key, key);
     EXPECT_EQ(call.iv, iv);
@@ -155,19 +151,9 @@ TEST_F(Cipher, KeyAndVectorArePrintableMaterialUnderTheAlternatingMasks) {
   for (const auto& bytes : {key, iv}) {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
       const int character = bytes[i] ^ (i % 2 == 0 ? 0x5A : 0xA5);
-      EXPECT_TRUE(character >= 0x20 && character < 0x7F) << "byte " << i;
+      EXPECT_TRUE(character >= 0x20 && character < 0x7F) << "byte " << i << " is no printable material under its mask";
     }
   }
-}
-
-// Text that is no base64 reaches the decipher step, too, which decides.
-TEST_F(Cipher, AFailureGivesAnEmptyTextAndOneLine) {
-  Services().encryptFails = true;
-  EXPECT_EQ(Encrypt("plain"), "");
-  EXPECT_EQ(Decrypt("?!"), "");
-  EXPECT_EQ(Services().cipherCalls[1].input, "");
-  EXPECT_THAT(Take(), ElementsAre("cipher.Encrypt", "log60 Aes256Encrypt Failed", "cipher.Decrypt",
-                                  "log60 Aes256Decrypt Failed"));
 }
 
 }  // namespace
