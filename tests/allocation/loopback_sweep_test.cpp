@@ -10,6 +10,7 @@
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
 #include "tests/allocation/failing_allocations.h"
+#include "tests/allocation/listener.h"
 #include "tests/end_to_end/end_to_end.h"
 #include "tests/library/fakes/uncounted.h"
 
@@ -17,53 +18,13 @@ namespace end_to_end {
 namespace {
 
 using allocation::Do;
+using allocation::Listener;
 using allocation::Mode;
 using fakes::Counted;
 using fakes::Uncounted;
 
 // gtest's, on the main thread.
 const bool testsOwnThread = (Uncounted::RestOfThisThread(), true);
-
-// Takes no memory.
-class Listener final : public qv_data_interface::IQVDataInterfaceNotic {
- public:
-  void OnStatus(std::int32_t code, const char*) override {
-    // An attempt, its end and its loss are followed by the next one.
-    if (code != qv_data_interface::kResultSuccess && code != qv_data_interface::kResultWsConnecting &&
-        code != qv_data_interface::kResultWsDisconnect) {
-      Note(failures);
-    }
-  }
-  std::int32_t OnChooseVideoFormat(const std::int32_t*, std::uint64_t) override { return 264; }
-  void OnFirstFrame(std::uint64_t, std::uint64_t, std::uint64_t, std::uint32_t) override { Note(frames); }
-
-  // Waits for a first frame or the notice of a failure, in vain ones excepted: isExcused is asked every now and then.
-  // False when neither came.
-  template <class Excuse>
-  bool WaitForNews(Excuse isExcused) {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    std::unique_lock<std::mutex> lock(mutex);
-    const auto hasCome = [this] { return frames + failures > 0; };
-    while (!grown.wait_for(lock, std::chrono::milliseconds(20), hasCome)) {
-      if (isExcused()) break;
-      if (std::chrono::steady_clock::now() > end) return false;
-    }
-    frames = failures = 0;
-    return true;
-  }
-
- private:
-  void Note(int& count) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    ++count;
-    grown.notify_all();
-  }
-
-  std::mutex mutex;
-  std::condition_variable grown;
-  int frames = 0;
-  int failures = 0;
-};
 
 // So many tests share the places between them.
 constexpr std::uint64_t kShares = 4;
@@ -99,7 +60,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
       const std::string log = ReadFile(LogDirectory() / "QV_DATA.log").substr(storyBegin);
       return log.find("a notice threw") != std::string::npos || log.find("of an answer threw") != std::string::npos;
     };
-    EXPECT_TRUE(listener->WaitForNews(isExcused)) << "after " << step << " the front end hears nothing";
+    EXPECT_TRUE(listener->WaitForNews(kPatience, isExcused)) << "after " << step << " the front end hears nothing";
   }
 
   void Connect(const char* step) {
@@ -128,7 +89,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     listener = std::make_shared<Listener>();
     ASSERT_EQ(InitListener(), 0);
     ASSERT_EQ(controller->GetPhoneConnect(), 0);
-    ASSERT_TRUE(listener->WaitForNews([] { return false; }));
+    ASSERT_TRUE(listener->WaitForNews(kPatience));
     ASSERT_EQ(controller->SendInReq8("text"), 0);
   }
 

@@ -1,13 +1,13 @@
 // A host that loads the library, connects and frees it, again and again.
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <iostream>
 
 #include "base/base_log_interface.h"
 #include "qv_data_interface/qv_data_interface.h"
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
+#include "tests/allocation/listener.h"
 #include "tests/binary_interface/loaded_library.h"
 #include "tests/reference/common/temporary_directory.h"
 #include "tools/qv_cloud/cloud.h"
@@ -24,37 +24,17 @@ constexpr int kRounds = 100;
 constexpr std::size_t kHandleTolerance = (kRounds - kFirstRounds) / 4;
 constexpr std::size_t kMemoryTolerance = (kRounds - kFirstRounds) * std::size_t{4096};
 
-class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
- public:
-  void OnStatus(std::int32_t /*code*/, const char* /*message*/) override {}
-  std::int32_t OnChooseVideoFormat(const std::int32_t* /*formats*/, std::uint64_t /*count*/) override { return 264; }
-  void OnFirstFrame(std::uint64_t, std::uint64_t, std::uint64_t, std::uint32_t) override {
-    const std::lock_guard<std::mutex> lock(mutex);
-    hasFrame = true;
-    changed.notify_all();
-  }
-  bool WaitForFrame() {
-    std::unique_lock<std::mutex> lock(mutex);
-    return changed.wait_for(lock, kPatience, [this] { return hasFrame; });
-  }
-
- private:
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool hasFrame = false;
-};
-
 void LoadConnectAndFree(const std::string& baseUrl) {
   const tests::LoadedLibrary library(LIBRARY_FILE);
   const auto create =
       library.Find<std::shared_ptr<IQVDataInterface>()>("_ZN17qv_data_interface16IQVDataInterface6CreateEv");
   const std::shared_ptr<IQVDataInterface> controller = create();
-  const auto frontEnd = std::make_shared<FrontEnd>();
+  const auto frontEnd = std::make_shared<allocation::Listener>();
   qv_data_interface::QvVideoParam video;
   qv_data_interface::QvDataSystemParam system;
   ASSERT_EQ(controller->Init("user", "device", "token", "phone", 0, frontEnd, &video, &system, 0, baseUrl.c_str()), 0);
   ASSERT_EQ(controller->GetPhoneConnect(), 0);
-  ASSERT_TRUE(frontEnd->WaitForFrame());
+  ASSERT_TRUE(frontEnd->WaitForNews(kPatience) && !frontEnd->HasFailed());
   controller->ReleasePhoneConnect();
 }
 
