@@ -107,6 +107,11 @@ TEST_F(Connection, FailedAnswersAndRenewedSessions) {
   STEP(Grant());
   STEP(Refreshed(0, 200, 0));
   STEP(Notices().OnErrorCode(60103013, "expired"));
+
+  Chapter("One that is renewed while its connection is being built reaches that connection, too.");
+  Connect();
+  At("wsManager.CreateWS", [this] { Refreshed(0, 200, 0); });
+  STEP(controller->ChangeIsp(1));
 }
 
 TEST_F(Connection, IsMadeWithTheRecordsOfItsInitAndWhollyOrNotAtAll) {
