@@ -10,7 +10,6 @@
 
 #include "reference/common/guarded.h"
 #include "reference/common/notice_gate.h"
-#include "reference/common/openssl_at_exit.h"
 #include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
 
@@ -141,12 +140,6 @@ void HttpWorker::Loop::Wait() {
   if (curl_multi_poll(multi.get(), nullptr, 0, kLongestWaitMs, nullptr) == CURLM_OK) return;
   // Out of memory or descriptors, and nothing tells when there are some again. Without a pause the thread would spin.
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
-}
-
-bool HttpWorker::PrepareLibcurl() {
-  reference::KeepOpenSslAtExit();
-  static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  return initialised;
 }
 
 std::unique_ptr<HttpWorker> HttpWorker::Start(std::unique_ptr<HttpTransfer> first) {

@@ -13,14 +13,14 @@
 #include <mutex>
 #include <thread>
 
-#include "reference/pass_interface/http_transfer.h"
+#include "reference/common/http_transfer.h"
 
 namespace pass_interface {
 
+using reference::HttpTransfer;
+
 class HttpWorker {
  public:
-  // To be called before the first transfer is made. False when libcurl cannot be used.
-  static bool PrepareLibcurl();
   // Starts the thread with its first request. Empty when libcurl or the system has nothing to give.
   static std::unique_ptr<HttpWorker> Start(std::unique_ptr<HttpTransfer> first);
   ~HttpWorker();

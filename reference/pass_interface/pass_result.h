@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "reference/common/http_result.h"
+
 namespace pass_interface {
 
 // Results of an operation.
@@ -26,11 +28,11 @@ constexpr std::int32_t kNoResources = -8;
 
 // Transport results.
 constexpr std::int32_t kMalformedAnswer = -20;
-constexpr std::int32_t kAnswerTooLong = -21;
-constexpr std::int32_t kNotStarted = -22;
+using reference::kAnswerTooLong;
+using reference::kNotStarted;
 
 constexpr std::size_t kMaximumTextBytes = 4096;
-constexpr std::size_t kMaximumAnswerBytes = std::size_t{1} << 20;
+using reference::kMaximumAnswerBytes;
 constexpr std::uint32_t kMaximumTimeOutMs = 600000;
 constexpr std::size_t kMaximumOutstandingRequests = 64;
 

@@ -58,7 +58,8 @@ std::int32_t PassService::Initialise(const char* baseUrl, const char* credential
     return kBadBaseUrl;
   }
 
-  HttpSettings settings{httpValue1, httpValue2, reference::Utf8Text(reference::AuthorityFile()), reference::Proxy()};
+  HttpSettings settings{
+      httpValue1, httpValue2, reference::Utf8Text(reference::AuthorityFile()), reference::Proxy(), {}};
   Identity identity{credential1, credential2, credential3, version};
   std::shared_ptr<RequestSession> next =
       RequestSession::Start(std::move(*url), std::move(identity), std::move(settings), notic);

@@ -12,6 +12,7 @@
 namespace pass_interface {
 namespace {
 
+using reference::HttpAnswer;
 using Gate = reference::NoticeGate<IPassInterfaceNotic>;
 
 constexpr std::uint32_t kHttpOk = 200;
@@ -69,7 +70,7 @@ void Deliver(Gate& gate, const std::string& tag, const std::string& host, HttpAn
 
 std::shared_ptr<RequestSession> RequestSession::Start(ServiceUrl url, Identity identity, HttpSettings settings,
                                                       const std::shared_ptr<IPassInterfaceNotic>& sink) {
-  if (!HttpWorker::PrepareLibcurl()) return nullptr;
+  if (!reference::PrepareLibcurl()) return nullptr;
   return std::shared_ptr<RequestSession>(
       new RequestSession(std::move(url), std::move(identity), std::move(settings), sink));
 }

@@ -13,11 +13,14 @@
 
 #include "pass_interface/pass_interface_notic.h"
 #include "reference/common/notice_gate.h"
+#include "reference/common/service_url.h"
 #include "reference/pass_interface/http_worker.h"
 #include "reference/pass_interface/request_body.h"
-#include "reference/pass_interface/service_url.h"
 
 namespace pass_interface {
+
+using reference::HttpSettings;
+using reference::ServiceUrl;
 
 class RequestSession {
  public:

@@ -1,10 +1,10 @@
-#include "reference/pass_interface/service_url.h"
+#include "reference/common/service_url.h"
 
 #include <curl/curl.h>
 
 #include <memory>
 
-namespace pass_interface {
+namespace reference {
 namespace {
 
 struct UrlDeleter {
@@ -38,4 +38,4 @@ std::optional<ServiceUrl> ServiceUrl::Parse(const char* text) {
   return result;
 }
 
-}  // namespace pass_interface
+}  // namespace reference

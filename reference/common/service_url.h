@@ -1,13 +1,13 @@
-// The base URL of the cloud service, taken apart once.
+// The base URL of a service, taken apart once.
 //
 // Threads: constant after Parse. Ownership: a value.
-#ifndef REFERENCE_PASS_INTERFACE_SERVICE_URL_H
-#define REFERENCE_PASS_INTERFACE_SERVICE_URL_H
+#ifndef REFERENCE_COMMON_SERVICE_URL_H
+#define REFERENCE_COMMON_SERVICE_URL_H
 
 #include <optional>
 #include <string>
 
-namespace pass_interface {
+namespace reference {
 
 class ServiceUrl {
  public:
@@ -25,6 +25,6 @@ class ServiceUrl {
   std::string host;
 };
 
-}  // namespace pass_interface
+}  // namespace reference
 
 #endif

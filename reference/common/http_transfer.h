@@ -2,8 +2,8 @@
 //
 // Threads: made on any thread, then used by one thread at a time.
 // Ownership: owns the handle, the body and the answer so far; leaves the multi handle that it joined when it dies.
-#ifndef REFERENCE_PASS_INTERFACE_HTTP_TRANSFER_H
-#define REFERENCE_PASS_INTERFACE_HTTP_TRANSFER_H
+#ifndef REFERENCE_COMMON_HTTP_TRANSFER_H
+#define REFERENCE_COMMON_HTTP_TRANSFER_H
 
 #include <curl/curl.h>
 #include <openssl/types.h>
@@ -12,8 +12,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-namespace pass_interface {
+namespace reference {
 
 struct HttpSettings {
   std::uint32_t connectTimeOutMs = 0;
@@ -22,17 +23,24 @@ struct HttpSettings {
   std::string authorityFile;
   // Empty: none.
   std::string proxy;
+  // "Name: value", sent beside those of every request; may be secrets.
+  std::vector<std::string> headers;
 };
 
 struct HttpAnswer {
-  // 0 when an HTTP answer came back, else the CURLcode or a result of pass_result.h, and problem says what was wrong.
+  // 0 when an HTTP answer came back, else the CURLcode or a result of http_result.h, and problem says what was wrong.
   std::int32_t transportResult = 0;
   std::uint32_t status = 0;
+  // Which the service asks for before the next attempt; 0: it does not say.
+  std::int64_t retryAfterSeconds = 0;
   // Filled when transportResult is 0 and the status is 200.
   std::string body;
   // Empty when there was no memory for it.
   std::string problem;
 };
+
+// To be called before the first transfer is made. False when libcurl cannot be used.
+bool PrepareLibcurl();
 
 class HttpTransfer {
  public:
@@ -63,6 +71,7 @@ class HttpTransfer {
   };
 
   HttpTransfer(std::string body, Done done);
+  bool AddHeader(const char* line);
   bool Configure(const HttpSettings& settings, const std::string& url);
   static std::size_t Receive(char* bytes, std::size_t size, std::size_t count, void* transfer) noexcept;
   // Lets the log say what is wrong with a certificate, of which libcurl tells only that it was refused. Verification
@@ -84,6 +93,6 @@ class HttpTransfer {
   std::unique_ptr<CURL, EasyDeleter> easy;
 };
 
-}  // namespace pass_interface
+}  // namespace reference
 
 #endif

@@ -1,14 +1,15 @@
-#include "reference/pass_interface/http_transfer.h"
+#include "reference/common/http_transfer.h"
 
 #include <algorithm>
 #include <exception>
 #include <utility>
 
 #include "reference/common/guarded.h"
+#include "reference/common/http_result.h"
+#include "reference/common/openssl_at_exit.h"
 #include "reference/common/tls_fault.h"
-#include "reference/pass_interface/pass_result.h"
 
-namespace pass_interface {
+namespace reference {
 namespace {
 
 constexpr std::uint32_t kHttpOk = 200;
@@ -16,7 +17,7 @@ constexpr std::uint32_t kHttpOk = 200;
 // The answer goes out without a text rather than not at all.
 template <class Text>
 void Explain(HttpAnswer& answer, const Text& text) noexcept {
-  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "explaining a failure", [&] { answer.problem = text(); });
+  Guarded("[REFERENCE_COMMON]", "explaining a failure", [&] { answer.problem = text(); });
 }
 
 // The reason may quote what a certificate or a proxy says; a line break in it would forge a log line.
@@ -27,6 +28,12 @@ std::string Printable(std::string text) {
 }
 
 }  // namespace
+
+bool PrepareLibcurl() {
+  KeepOpenSslAtExit();
+  static const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  return initialised;
+}
 
 HttpTransfer::HttpTransfer(std::string body, Done done)
     : body(std::move(body)), done(std::move(done)), easy(curl_easy_init()) {}
@@ -47,8 +54,10 @@ bool HttpTransfer::Configure(const HttpSettings& settings, const std::string& ur
   const auto set = [&](CURLoption option, auto value) {
     accepted = curl_easy_setopt(easy.get(), option, value) == CURLE_OK && accepted;
   };
-  headers.reset(curl_slist_append(nullptr, "Content-Type: application/json"));
-  if (!headers) return false;
+  if (!AddHeader("Content-Type: application/json")) return false;
+  for (const std::string& line : settings.headers) {
+    if (!AddHeader(line.c_str())) return false;
+  }
 
   set(CURLOPT_PRIVATE, this);
   set(CURLOPT_ERRORBUFFER, reason);
@@ -88,6 +97,15 @@ bool HttpTransfer::Configure(const HttpSettings& settings, const std::string& ur
   return accepted;
 }
 
+bool HttpTransfer::AddHeader(const char* line) {
+  curl_slist* const longer = curl_slist_append(headers.get(), line);
+  if (longer == nullptr) return false;
+  // The same list but for the first one.
+  [[maybe_unused]] const curl_slist* const same = headers.release();
+  headers.reset(longer);
+  return true;
+}
+
 CURLcode HttpTransfer::ListenToVerification(CURL* /*handle*/, void* context, void* transfer) {
   auto* const tls = static_cast<SSL_CTX*>(context);
   SSL_CTX_set_app_data(tls, transfer);
@@ -102,9 +120,9 @@ int HttpTransfer::OnVerified(int isGood, X509_STORE_CTX* verification) noexcept 
   const auto* const tls =
       static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
   auto& self = *static_cast<HttpTransfer*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(tls)));
-  reference::Guarded("[REFERENCE_PASS_INTERFACE]", "explaining a certificate", [&] {
-    self.refusedCertificate = reference::TlsFault(X509_STORE_CTX_get_error(verification),
-                                                  X509_STORE_CTX_get0_chain(verification), std::string());
+  Guarded("[REFERENCE_COMMON]", "explaining a certificate", [&] {
+    self.refusedCertificate =
+        TlsFault(X509_STORE_CTX_get_error(verification), X509_STORE_CTX_get0_chain(verification), std::string());
   });
   return isGood;
 }
@@ -144,12 +162,14 @@ std::size_t HttpTransfer::Receive(char* bytes, std::size_t size, std::size_t cou
 std::string HttpTransfer::Problem(CURLcode result) const {
   if (tooLong) return "the answer has more than " + std::to_string(kMaximumAnswerBytes) + " bytes";
   if (!refusedCertificate.empty()) return refusedCertificate;
-  return Printable(reference::TlsFault(X509_V_OK, nullptr, reason[0] != '\0' ? reason : curl_easy_strerror(result)));
+  return Printable(TlsFault(X509_V_OK, nullptr, reason[0] != '\0' ? reason : curl_easy_strerror(result)));
 }
 
 void HttpTransfer::Finish(CURLcode result) {
   HttpAnswer answer;
   answer.status = Status();
+  curl_off_t seconds = 0;
+  if (curl_easy_getinfo(easy.get(), CURLINFO_RETRY_AFTER, &seconds) == CURLE_OK) answer.retryAfterSeconds = seconds;
   // The body of another status is not looked at, so its length does not matter either.
   if (result == CURLE_OK || (tooLong && answer.status != kHttpOk)) {
     if (answer.status == kHttpOk) answer.body = std::move(received);
@@ -167,4 +187,4 @@ void HttpTransfer::FinishUnstarted(CURLMcode code) {
   done(std::move(answer));
 }
 
-}  // namespace pass_interface
+}  // namespace reference
