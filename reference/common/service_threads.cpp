@@ -1,6 +1,7 @@
 #include "reference/common/service_threads.h"
 
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <utility>
 
@@ -11,6 +12,9 @@ struct Count {
   std::mutex mutex;
   std::condition_variable changed;
   int running = 0;
+  // By rising numbers from 1.
+  std::map<std::uint64_t, std::function<void()>> hurries;
+  std::uint64_t lastNumber = 0;
 };
 
 // Never destroyed: a thread may end after the process has begun to.
@@ -19,30 +23,56 @@ Count& TheCount() {
   return count;
 }
 
-void Add(int change) {
-  Count& count = TheCount();
-  const std::lock_guard<std::mutex> lock(count.mutex);
-  count.running += change;
-  count.changed.notify_all();
-}
-
 }  // namespace
 
 ServiceThreadTicket::ServiceThreadTicket() {
-  Add(1);
+  Count& count = TheCount();
+  const std::lock_guard<std::mutex> lock(count.mutex);
+  ++count.running;
+}
+
+ServiceThreadTicket::ServiceThreadTicket(std::function<void()> hurry) {
+  Count& count = TheCount();
+  const std::lock_guard<std::mutex> lock(count.mutex);
+  count.hurries.emplace(count.lastNumber + 1, std::move(hurry));
+  hurryNumber = ++count.lastNumber;
+  ++count.running;
+  count.changed.notify_all();
 }
 
 ServiceThreadTicket::~ServiceThreadTicket() {
-  if (isHeld) Add(-1);
+  if (!isHeld) return;
+  Count& count = TheCount();
+  // Destroyed after the lock, with whatever it holds.
+  std::map<std::uint64_t, std::function<void()>>::node_type hurry;
+  const std::lock_guard<std::mutex> lock(count.mutex);
+  hurry = count.hurries.extract(hurryNumber);
+  --count.running;
+  count.changed.notify_all();
 }
 
 ServiceThreadTicket::ServiceThreadTicket(ServiceThreadTicket&& other) noexcept
-    : isHeld(std::exchange(other.isHeld, false)) {}
+    : isHeld(std::exchange(other.isHeld, false)), hurryNumber(other.hurryNumber) {}
 
 bool WaitForServiceThreads(std::chrono::milliseconds timeout) {
+  const auto end = std::chrono::steady_clock::now() + timeout;
   Count& count = TheCount();
+  std::uint64_t told = 0;
   std::unique_lock<std::mutex> lock(count.mutex);
-  return count.changed.wait_for(lock, timeout, [&count] { return count.running == 0; });
+  while (count.running > 0) {
+    // One that starts during the wait is told as well.
+    const auto next = count.hurries.upper_bound(told);
+    if (next == count.hurries.end()) {
+      if (count.changed.wait_until(lock, end) == std::cv_status::timeout) break;
+      continue;
+    }
+    told = next->first;
+    const std::function<void()> hurry = next->second;
+    lock.unlock();
+    hurry();
+    lock.lock();
+  }
+  return count.running == 0;
 }
 
 }  // namespace reference

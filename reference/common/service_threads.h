@@ -8,6 +8,8 @@
 #define REFERENCE_COMMON_SERVICE_THREADS_H
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
 
 #include "reference/common/export.h"
 
@@ -17,6 +19,9 @@ namespace reference {
 class REFERENCE_COMMON_API ServiceThreadTicket {
  public:
   ServiceThreadTicket();
+  /// Of a thread that would take its time: hurry is called when a host waits for the threads, on the host's thread, and
+  /// makes this one end soon. It may be called once more when the ticket is gone already.
+  explicit ServiceThreadTicket(std::function<void()> hurry);
   ~ServiceThreadTicket();
   /// The other one then holds nothing.
   ServiceThreadTicket(ServiceThreadTicket&& other) noexcept;
@@ -25,9 +30,11 @@ class REFERENCE_COMMON_API ServiceThreadTicket {
 
  private:
   bool isHeld = true;
+  std::uint64_t hurryNumber = 0;
 };
 
-/// Says whether all of them have ended within that time. Not to be called from inside a notice.
+/// Says whether all of them have ended within that time; those that would take their time are told to hurry. Not to be
+/// called from inside a notice.
 REFERENCE_COMMON_API bool WaitForServiceThreads(std::chrono::milliseconds timeout);
 
 }  // namespace reference

@@ -64,6 +64,8 @@ static_assert(std::is_trivially_destructible_v<Setting>);
 constinit Setting dataDirectory("QV_REFERENCE_DATA_DIR");
 constinit Setting authorityFile("QV_REFERENCE_CA_FILE");
 constinit Setting proxy("QV_REFERENCE_PROXY");
+constinit Setting otlpEndpoint("QV_REFERENCE_OTLP_ENDPOINT");
+constinit Setting otlpHeaders("QV_REFERENCE_OTLP_HEADERS");
 
 std::filesystem::path UserDataDirectory() {
   const std::filesystem::path root = UserDataRoot();
@@ -95,6 +97,22 @@ void SetProxy(const std::string& url) {
 
 std::string Proxy() {
   return proxy.Get();
+}
+
+void SetOtlpEndpoint(const std::string& url) {
+  otlpEndpoint.Set(url);
+}
+
+std::string OtlpEndpoint() {
+  return otlpEndpoint.Get();
+}
+
+void SetOtlpHeaders(const std::string& headers) {
+  otlpHeaders.Set(headers);
+}
+
+std::string OtlpHeaders() {
+  return otlpHeaders.Get();
 }
 
 }  // namespace reference

@@ -32,6 +32,18 @@ REFERENCE_COMMON_API void SetProxy(const std::string& url);
 /// In force now; empty: none.
 REFERENCE_COMMON_API std::string Proxy();
 
+/// "http(s)://host[:port][/path]" of an OpenTelemetry collector, without user, query and fragment: the collector posts
+/// each connection to its /v1/traces. QV_REFERENCE_OTLP_ENDPOINT; empty: nothing is sent.
+REFERENCE_COMMON_API void SetOtlpEndpoint(const std::string& url);
+/// In force now; empty: nothing is sent.
+REFERENCE_COMMON_API std::string OtlpEndpoint();
+
+/// "name=value,name=value", values percent-encoded: headers for the OpenTelemetry collector, an access token for
+/// example. Never logged. QV_REFERENCE_OTLP_HEADERS; empty: none.
+REFERENCE_COMMON_API void SetOtlpHeaders(const std::string& headers);
+/// In force now; empty: none.
+REFERENCE_COMMON_API std::string OtlpHeaders();
+
 }  // namespace reference
 
 #endif
