@@ -2,12 +2,16 @@
 
 #include <chrono>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "reference/collect_interface/message_rows.h"
 #include "reference/collect_interface/schema.h"
 #include "reference/collect_interface/session_digest.h"
+#include "reference/common/guarded.h"
+#include "reference/common/settings.h"
 
 namespace collect_interface {
 namespace {
@@ -78,6 +82,18 @@ void Collector::ReportMessageCollect(std::shared_ptr<pass_interface::MessageColl
     InsertMessage(database, *message, SdkType());
     transaction.Commit();
   });
+  reference::Guarded("[REFERENCE_COLLECT_INTERFACE]", "tracing a connection", [&] { Trace(*message); });
+}
+
+void Collector::Trace(const pass_interface::MessageCollect& message) {
+  if (reference::OtlpEndpoint().empty()) return;
+  const std::string type = SdkType();
+  std::optional<ConnectionTrace> trace;
+  {
+    const std::lock_guard<std::mutex> lock(watchMutex);
+    trace = watch.OnMessage(message, type);
+  }
+  if (trace) exporter.Submit(std::move(*trace));
 }
 
 }  // namespace collect_interface

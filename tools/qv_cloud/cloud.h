@@ -54,6 +54,8 @@ struct Faults {
   std::uint32_t httpStatus = 200;  // any other status goes out without a decision
   HttpAnswer httpAnswer = HttpAnswer::normal;
   std::uint32_t httpLateMs = 0;
+  std::uint32_t httpRetryAfter = 0;  // seconds, told with another status than 200
+  std::uint32_t refuseSpans = 0;     // said of every request with traces
 
   // An HTTP connection is dropped, says nothing more or sends garbage when it has reached the step: accept, hello, tls.
   Step httpCloseAt = Step::none;
@@ -116,11 +118,14 @@ struct CloudStats {
   std::uint64_t framesSent = 0;      // handed to a connection
   std::uint64_t errorsReported = 0;  // error messages sent
   std::uint64_t faultsMet = 0;       // by connections that reached a step at which one is switched on
-  std::uint64_t malformed = 0;       // HTTP requests and messages that were refused as malformed
+  std::uint64_t traceRequests = 0;
+  std::uint64_t malformed = 0;  // HTTP requests and messages that were refused as malformed
   std::map<std::uint32_t, LineStats> lines;
   std::vector<ReceivedCommand> commands;  // the first kMaxCommandsKept
+  std::vector<std::string> traces;        // the first kMaxTracesKept OTLP requests that were taken, compact JSON texts
 };
 inline constexpr std::size_t kMaxCommandsKept = 10000;
+inline constexpr std::size_t kMaxTracesKept = 1000;
 
 class Cloud {
  public:

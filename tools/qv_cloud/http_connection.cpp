@@ -106,6 +106,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection<Stream
     response = {};
     response.result(reply.status);
     response.set(http::field::content_type, "application/json");
+    if (reply.retryAfterSeconds != 0) response.set(http::field::retry_after, std::to_string(reply.retryAfterSeconds));
     response.keep_alive(keepAlive);
     response.body() = reply.body;
     response.prepare_payload();

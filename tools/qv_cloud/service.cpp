@@ -90,6 +90,17 @@ Json::Value RefreshSession(State& state, const Json::Value& request, const Fault
   return decision;
 }
 
+// As an OpenTelemetry collector takes them (OTLP over HTTP in JSON).
+Json::Value TakeTraces(State& state, const Json::Value& request, const Faults& faults, Time /*now*/) {
+  if (!request["resourceSpans"].isArray()) throw Malformed("resourceSpans must be an array");
+  state.observation.Change([&](CloudStats& stats) {
+    if (stats.traces.size() < kMaxTracesKept) stats.traces.push_back(WriteCompact(request));
+  });
+  Json::Value answer(Json::objectValue);
+  if (faults.refuseSpans != 0) answer["partialSuccess"]["rejectedSpans"] = std::to_string(faults.refuseSpans);
+  return answer;
+}
+
 struct Endpoint {
   std::string_view path;
   std::uint64_t CloudStats::*counter;
@@ -98,6 +109,7 @@ struct Endpoint {
 constexpr Endpoint kEndpoints[] = {
     {"/v1/phone-connect", &CloudStats::phoneConnects, &PhoneConnect},
     {"/v1/refresh-session", &CloudStats::refreshes, &RefreshSession},
+    {"/v1/traces", &CloudStats::traceRequests, &TakeTraces},
 };
 
 HttpReply Decide(State& state, const Endpoint& endpoint, const HttpRequest& request, const Faults& faults, Time now) {
@@ -116,7 +128,11 @@ HttpReply Decide(State& state, const Endpoint& endpoint, const HttpRequest& requ
     reply.sending = HttpReply::Sending::close;
     return reply;
   }
-  if (faults.httpStatus != 200) return Refusal(faults.httpStatus, "switched to fail");
+  if (faults.httpStatus != 200) {
+    reply = Refusal(faults.httpStatus, "switched to fail");
+    reply.retryAfterSeconds = faults.httpRetryAfter;
+    return reply;
+  }
   if (faults.httpAnswer == HttpAnswer::garbage) {
     reply.body = R"({"code":0,"data":]garbage)";
     return reply;

@@ -24,6 +24,7 @@ struct HttpReply {
   Sending sending = Sending::normal;
   unsigned status = 200;
   std::string body;
+  std::uint32_t retryAfterSeconds = 0;  // 0: not told
   std::chrono::milliseconds after{0};
 };
 
