@@ -19,9 +19,13 @@ TEST(SettingsTest, TheHostsSettingWinsOverItsVariableAndTheVariableOverTheDefaul
   SetVariable("QV_REFERENCE_DATA_DIR", "directory from outside");
   SetVariable("QV_REFERENCE_CA_FILE", "file from outside");
   SetVariable("QV_REFERENCE_PROXY", "proxy from outside");
+  SetVariable("QV_REFERENCE_OTLP_ENDPOINT", "endpoint from outside");
+  SetVariable("QV_REFERENCE_OTLP_HEADERS", "headers from outside");
   EXPECT_EQ(reference::DataDirectory(), "directory from outside");
   EXPECT_EQ(reference::AuthorityFile(), "file from outside");
   EXPECT_EQ(reference::Proxy(), "proxy from outside");
+  EXPECT_EQ(reference::OtlpEndpoint(), "endpoint from outside");
+  EXPECT_EQ(reference::OtlpHeaders(), "headers from outside");
   reference::SetDataDirectory("directory");
   reference::SetAuthorityFile("file");
   reference::SetProxy("proxy");
