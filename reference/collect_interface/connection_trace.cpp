@@ -51,8 +51,7 @@ std::optional<ConnectionTrace> ConnectionWatch::OnMessage(const MessageCollect& 
   if (status == nullptr) return std::nullopt;
   const std::int64_t beginMs = Since(*status, 1, kBeginOfConnection);
   const bool isRelease = Is(message, 1, 4);
-  // A notice that was in flight when its connection was released says nothing new.
-  if (beginMs == 0 || (!isRelease && status->releaseTime > beginMs)) return std::nullopt;
+  if (beginMs == 0) return std::nullopt;
   const bool isGranted = Since(*status, beginMs, "endGetInstanceInfo") != 0;
   // Asked for both: an earlier connection's frame may have come in the millisecond in which this one began.
   const bool hasFirstFrame = isGranted && Since(*status, beginMs, "recvFirstFrame") != 0;

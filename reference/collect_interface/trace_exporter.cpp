@@ -194,23 +194,14 @@ void TraceExporter::Loop::Run() noexcept {
 }
 
 bool TraceExporter::Loop::Take(std::vector<ConnectionTrace>& batch) {
-  std::size_t lost = 0;
-  {
-    const std::lock_guard<std::mutex> lock(queueMutex);
-    const bool isLate = endBy && steady_clock::now() >= *endBy;
-    if (isLate) {
-      lost = queue.size();
-      queue.clear();
-    }
-    while (!queue.empty() && batch.size() < kMaxBatch) {
-      batch.push_back(std::move(queue.front()));
-      queue.pop_front();
-    }
-    if (!batch.empty()) return true;
-    isRunning = false;
-    endBy.reset();
+  const std::lock_guard<std::mutex> lock(queueMutex);
+  while (!queue.empty() && batch.size() < kMaxBatch) {
+    batch.push_back(std::move(queue.front()));
+    queue.pop_front();
   }
-  if (lost > 0) CountDrops(lost, "the process ends");
+  if (!batch.empty()) return true;
+  isRunning = false;
+  endBy.reset();
   return false;
 }
 

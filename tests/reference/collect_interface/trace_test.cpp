@@ -25,13 +25,11 @@ struct Told {
   int type, state;
   const char* code = "";
   Milestones milestones = At(10, 0, 0);
-  std::int64_t releaseMs = 0;
 };
 
 TEST(ConnectionWatchTest, AConnectionIsTracedOnceAndAsWhatItCameTo) {
-  const Told stands{1, 3}, frame{1, 2, "", At(10, 11, 19)}, loss{0, 6, "60701002"},
-      release{1, 4, "", At(10, 11, 19), 20};
-  const Told abandoned{1, 4, "", At(10, 11, 0), 20}, serviceError{0, 5, "60301007", At(10, 11, 0)};
+  const Told stands{1, 3}, frame{1, 2, "", At(10, 11, 19)}, loss{0, 6, "60701002"}, release{1, 4, "", At(10, 11, 19)};
+  const Told abandoned{1, 4, "", At(10, 11, 0)}, serviceError{0, 5, "60301007", At(10, 11, 0)};
   const struct {
     std::vector<Told> told;
     const char* traces;
@@ -45,11 +43,10 @@ TEST(ConnectionWatchTest, AConnectionIsTracedOnceAndAsWhatItCameTo) {
       {{loss, abandoned}, "failed60701002 "},
       {{serviceError}, ""},
       {{serviceError, loss, abandoned}, "failed60301007 "},
-      {{abandoned, abandoned, {0, 0, "60702001", At(10, 11, 0), 20}}, "released "},
-      {{frame, release, {0, 0, "60702001", At(30, 11, 19), 20}, {1, 4, "", At(30, 11, 19), 40}},
-       "frame failed60702001 "},
+      {{abandoned, abandoned, {0, 0, "60702001", At(10, 11, 0)}}, "released "},
+      {{frame, release, {0, 0, "60702001", At(30, 11, 19)}, {1, 4, "", At(30, 11, 19)}}, "frame failed60702001 "},
       {{frame, release, {0, 5, "60301005", At(19, 11, 19)}}, "frame failed60301005 "},  // within a millisecond
-      {{frame, {1, 4, "", At(30, 11, 19), 40}}, "frame released "},
+      {{frame, {1, 4, "", At(30, 11, 19)}}, "frame released "},
       {{{1, 2, "", {}}, {1, 4, "", {}}}, ""},
   };
   for (const auto& row : rows) {
@@ -59,7 +56,6 @@ TEST(ConnectionWatchTest, AConnectionIsTracedOnceAndAsWhatItCameTo) {
       auto status = std::make_shared<pass_interface::MessageCollectStatusData>();
       status->errorCode = told.code;
       status->milestones = told.milestones;
-      status->releaseTime = told.releaseMs;
       const auto trace = watch.OnMessage({told.type, told.state, 1, 25, "", status}, "sdk");
       const char* const outcomes[] = {"frame", "failed", "released"};
       if (trace) traces += outcomes[static_cast<int>(trace->outcome)] + trace->errorCode + " ";
@@ -89,16 +85,22 @@ TEST(TraceTargetTest, ABadSettingIsNamedAndNotShown) {
 
 struct TraceExporterTest : testing::Test {
   TraceExporterTest() { reference::SetOtlpEndpoint(cloud.BaseUrl()); }
-  bool Sees(std::uint64_t requests) {
-    return cloud.WaitUntil([&](const auto& stats) { return stats.traceRequests >= requests; }, kPatience);
+  bool Sees(std::uint64_t requests, std::size_t delivered = 0) {
+    const auto condition = [&](const qv_cloud::CloudStats& stats) {
+      return stats.traceRequests >= requests && stats.traces.size() >= delivered;
+    };
+    return cloud.WaitUntil(condition, kPatience);
   }
-  void Fail(std::uint32_t status, std::uint32_t retryAfter, qv_cloud::HttpAnswer answer = {}) {
+  // Lets a request fail, and sees it.
+  void Fail(TraceExporter& sender, std::uint32_t status, std::uint32_t retryAfter, qv_cloud::HttpAnswer answer = {}) {
+    const std::uint64_t before = cloud.Stats().traceRequests;
     qv_cloud::Faults faults;
     faults.httpStatus = status;
     faults.httpRetryAfter = retryAfter;
     faults.httpAnswer = answer;
     cloud.SetFaults(faults);
-    exporter.Submit({});
+    sender.Submit({});
+    EXPECT_TRUE(Sees(before + 1));
   }
 
   static qv_cloud::CloudOptions Plain() {
@@ -116,33 +118,40 @@ TEST_F(TraceExporterTest, AFailureThatMayPassIsTriedAgainAndTheOthersAreNot) {
     std::uint32_t status, retryAfter;
     std::uint64_t requests;
   } rows[] = {{400, 0, 1}, {500, 0, 1}, {429, 3600, 1}, {429, 0, 3}, {502, 0, 3}, {503, 0, 3}, {504, 0, 3}};
-  std::uint64_t requests = 0, drops = 0;
+  std::uint64_t requests = 0, delivered = 0;
   for (const auto& row : rows) {
-    Fail(row.status, row.retryAfter);
-    requests += row.requests;
-    EXPECT_TRUE(Sees(requests)) << row.status;
-    EXPECT_TRUE(reference::WaitForServiceThreads(kPatience));
+    Fail(exporter, row.status, row.retryAfter);
+    EXPECT_TRUE(Sees(requests += row.requests)) << row.status;
+    cloud.SetFaults({});
+    // Goes out once the first one has been given up.
+    exporter.Submit({});
+    EXPECT_TRUE(Sees(++requests, ++delivered)) << row.status;
     EXPECT_EQ(cloud.Stats().traceRequests, requests) << row.status;
-    EXPECT_EQ(exporter.Dropped(), ++drops) << row.status;
+    EXPECT_EQ(exporter.Dropped(), delivered) << row.status;
   }
-  Fail(503, 1);
-  ASSERT_TRUE(Sees(++requests));
-  cloud.SetFaults({});
-  EXPECT_TRUE(Sees(++requests));
   EXPECT_TRUE(reference::WaitForServiceThreads(kPatience));
-  EXPECT_EQ(cloud.Stats().traces.size(), 1U);
-  EXPECT_EQ(exporter.Dropped(), drops);
 }
 
 TEST_F(TraceExporterTest, ACollectorThatHangsDelaysNothingAndTheQueueStaysBounded) {
-  const auto begin = steady_clock::now();
-  Fail(200, 0, qv_cloud::HttpAnswer::never);
-  ASSERT_TRUE(Sees(1));
-  for (std::size_t i = 0; i < kMaxQueued + 5; ++i) exporter.Submit({});
-  EXPECT_EQ(exporter.Dropped(), 5U);
-  EXPECT_TRUE(reference::WaitForServiceThreads(kPatience));
-  EXPECT_LT(steady_clock::now() - begin, std::chrono::seconds(2)) << "of a time-out of ten";
-  EXPECT_EQ(exporter.Dropped(), kMaxQueued + 6);
+  std::uint64_t drops = 0;
+  // In the middle of a request, which is lost with the queue; and of a pause, after which all is tried at once.
+  for (const bool isPause : {false, true}) {
+    Fail(exporter, isPause ? 503 : 200, 4, isPause ? qv_cloud::HttpAnswer::normal : qv_cloud::HttpAnswer::never);
+    for (std::size_t i = 0; i < kMaxQueued + 5; ++i) exporter.Submit({});
+    EXPECT_EQ(exporter.Dropped(), drops += 5);
+    // Another one's pause, by the end of which the first one's thread has long been waiting.
+    TraceExporter other;
+    const std::size_t delivered = cloud.Stats().traces.size();
+    const auto pause = steady_clock::now();
+    Fail(other, 503, 1);
+    cloud.SetFaults({});
+    ASSERT_TRUE(Sees(0, delivered + 1));
+    EXPECT_GE(steady_clock::now() - pause, std::chrono::seconds(1));
+    const auto begin = steady_clock::now();
+    EXPECT_TRUE(reference::WaitForServiceThreads(kPatience));
+    EXPECT_LT(steady_clock::now() - begin, std::chrono::milliseconds(800)) << "200 are allowed";
+    EXPECT_EQ(exporter.Dropped(), drops += isPause ? 0 : kMaxQueued + 1);
+  }
 }
 
 }  // namespace
