@@ -3,8 +3,10 @@
 #include <openssl/evp.h>
 
 #include <array>
+#include <span>
 #include <stdexcept>
 
+#include "reference/collect_interface/hex_text.h"
 #include "reference/common/openssl_at_exit.h"
 
 namespace collect_interface {
@@ -21,13 +23,7 @@ std::string SessionDigest(std::string_view sessionId) {
   if (EVP_Digest(sessionId.data(), sessionId.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1) {
     throw std::runtime_error("the digest of a session id could not be made");
   }
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (std::size_t i = 0; i < kDigestBytesKept; ++i) {
-    text += kDigits[digest[i] >> 4];
-    text += kDigits[digest[i] & 15];
-  }
-  return text;
+  return HexText(std::span(digest).first<kDigestBytesKept>());
 }
 
 }  // namespace collect_interface

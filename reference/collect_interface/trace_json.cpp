@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <stdexcept>
 #include <string_view>
 
+#include "reference/collect_interface/hex_text.h"
 #include "reference/common/compact_json.h"
 #include "reference/common/openssl_at_exit.h"
 
@@ -55,13 +57,7 @@ std::vector<Step> StepsOf(const ConnectionTrace& trace) {
 std::string RandomId(std::size_t size) {
   std::array<unsigned char, 16> bytes{};
   if (RAND_bytes(bytes.data(), static_cast<int>(size)) != 1) throw std::runtime_error("no random number is to be had");
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (std::size_t i = 0; i < size; ++i) {
-    text += kDigits[bytes[i] >> 4];
-    text += kDigits[bytes[i] & 15];
-  }
-  return text;
+  return HexText(std::span(bytes).first(size));
 }
 
 std::string Nanoseconds(std::int64_t ms) {
