@@ -86,12 +86,16 @@ void Collector::ReportMessageCollect(std::shared_ptr<pass_interface::MessageColl
 }
 
 void Collector::Trace(const pass_interface::MessageCollect& message) {
-  if (reference::OtlpEndpoint().empty()) return;
+  const bool isWanted = !reference::OtlpEndpoint().empty();
   const std::string type = SdkType();
   std::optional<ConnectionTrace> trace;
   {
     const std::lock_guard<std::mutex> lock(watchMutex);
-    trace = watch.OnMessage(message, type);
+    if (isWanted) {
+      trace = watch.OnMessage(message, type);
+    } else {
+      watch = {};
+    }
   }
   if (trace) exporter.Submit(std::move(*trace));
 }

@@ -78,7 +78,7 @@ std::int64_t RefusedSpans(const std::string& body) {
 
 class TraceExporter::Loop : public std::enable_shared_from_this<TraceExporter::Loop> {
  public:
-  explicit Loop(const TraceBounds& bounds) : bounds(bounds) {}
+  explicit Loop(const TraceBounds& bounds) : bounds(bounds) { batch.reserve(kMaxBatch); }
 
   void Submit(ConnectionTrace trace);
   void Hurry();
@@ -105,10 +105,12 @@ class TraceExporter::Loop : public std::enable_shared_from_this<TraceExporter::L
   void StartLocked();
   // The thread's function.
   void Run() noexcept;
-  bool Take(std::vector<ConnectionTrace>& batch);
-  void Send(const std::vector<ConnectionTrace>& batch);
+  bool Take();
+  void Send();
   std::optional<HttpAnswer> Post(const TraceTarget& target, const std::string& body);
   bool WaitFor(const HttpAnswer& answer, int attempt);
+  // Shorter when the thread is hurried.
+  void Pause(milliseconds length);
   void CountDrops(std::size_t count, const char* why) noexcept;
   void Tell(const std::string& problem, bool isDrop);
   // Until the thread has to end; at most that long.
@@ -116,6 +118,8 @@ class TraceExporter::Loop : public std::enable_shared_from_this<TraceExporter::L
   bool IsHurried() const;
 
   const TraceBounds bounds;
+  // The thread's own. As many fit in as are taken at a time, so that taking them cannot fail.
+  std::vector<ConnectionTrace> batch;
 
   mutable std::mutex queueMutex;
   std::condition_variable hurried;
@@ -184,16 +188,15 @@ void TraceExporter::Loop::CountDrops(std::size_t count, const char* why) noexcep
 }
 
 void TraceExporter::Loop::Run() noexcept {
-  std::vector<ConnectionTrace> batch;
-  while (Take(batch)) {
-    if (!reference::Guarded(kTag, "sending traces", [&] { Send(batch); })) CountDrops(batch.size(), "see above");
+  while (Take()) {
+    if (!reference::Guarded(kTag, "sending traces", [&] { Send(); })) CountDrops(batch.size(), "see above");
     batch.clear();
   }
   // Of what Submit has dropped meanwhile.
   CountDrops(0, "the queue was full");
 }
 
-bool TraceExporter::Loop::Take(std::vector<ConnectionTrace>& batch) {
+bool TraceExporter::Loop::Take() {
   const std::lock_guard<std::mutex> lock(queueMutex);
   while (!queue.empty() && batch.size() < kMaxBatch) {
     batch.push_back(std::move(queue.front()));
@@ -205,7 +208,7 @@ bool TraceExporter::Loop::Take(std::vector<ConnectionTrace>& batch) {
   return false;
 }
 
-void TraceExporter::Loop::Send(const std::vector<ConnectionTrace>& batch) {
+void TraceExporter::Loop::Send() {
   const TraceTarget target = CurrentTraceTarget();
   if (target.url.empty()) return CountDrops(batch.size(), target.problem.c_str());
   const std::string body = TraceJson(batch);
@@ -234,18 +237,24 @@ std::optional<HttpAnswer> TraceExporter::Loop::Post(const TraceTarget& target, c
   const std::unique_ptr<CURLM, MultiDeleter> multi(curl_multi_init());
   const std::unique_ptr<HttpTransfer> transfer =
       HttpTransfer::Post(settings, target.url, body, [&answer](HttpAnswer given) { answer = std::move(given); });
-  if (!multi || !transfer || transfer->Join(multi.get()) != CURLM_OK) throw std::runtime_error("libcurl has no handle");
+  // A handle that cannot be woken would not hear that the thread is hurried.
+  if (!multi || curl_multi_wakeup(multi.get()) != CURLM_OK || !transfer || transfer->Join(multi.get()) != CURLM_OK) {
+    throw std::runtime_error("libcurl has no handle");
+  }
   const Waker interruptible(*this, multi.get());
   while (!answer && Left(bounds.flush).count() > 0) {
     int running = 0;
-    curl_multi_perform(multi.get(), &running);
+    const CURLMcode performed = curl_multi_perform(multi.get(), &running);
+    if (performed != CURLM_OK) throw std::runtime_error(curl_multi_strerror(performed));
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi.get(), &left)) {
       if (message->msg == CURLMSG_DONE) transfer->Finish(message->data.result);
     }
     // A wake-up ends it, and libcurl's own time-outs do.
     const milliseconds longest{bounds.requestTimeOutMs};
-    if (!answer) curl_multi_poll(multi.get(), nullptr, 0, static_cast<int>(Left(longest).count()), nullptr);
+    const int atMost = static_cast<int>(Left(longest).count());
+    // Out of memory or descriptors, which comes back at once.
+    if (!answer && curl_multi_poll(multi.get(), nullptr, 0, atMost, nullptr) != CURLM_OK) Pause(milliseconds(10));
   }
   return answer;
 }
@@ -257,10 +266,13 @@ bool TraceExporter::Loop::WaitFor(const HttpAnswer& answer, int attempt) {
   pause -= milliseconds(std::random_device()() % static_cast<unsigned>(pause.count() / 2 + 1));
   const std::chrono::seconds asked(std::clamp<std::int64_t>(answer.retryAfterSeconds, 0, 86400));
   if (asked > bounds.longestPause) return false;
-  pause = std::max<milliseconds>(pause, asked);
-  std::unique_lock<std::mutex> lock(queueMutex);
-  hurried.wait_for(lock, pause, [this] { return endBy.has_value(); });
+  Pause(std::max<milliseconds>(pause, asked));
   return true;
+}
+
+void TraceExporter::Loop::Pause(milliseconds length) {
+  std::unique_lock<std::mutex> lock(queueMutex);
+  hurried.wait_for(lock, length, [this] { return endBy.has_value(); });
 }
 
 void TraceExporter::Loop::Tell(const std::string& problem, bool isDrop) {

@@ -42,6 +42,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     };
     cloud.emplace(std::move(options));
     baseUrl = cloud->BaseUrl();
+    reference::SetOtlpEndpoint(baseUrl);
     // One frame is all that is looked at. What waits for an answer that got lost does so as short as is allowed.
     video.frameRate = 0;
     system.wsManagerValue = system.httpValue1 = system.httpValue2 = 1000;
@@ -113,8 +114,16 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     ExpectConnects();
     controller.reset();
     EXPECT_TRUE(reference::WaitForServiceThreads(kPatience)) << "a service's thread does not end";
+    ForgetConnections();
     CloseDatabases();
     return failed;
+  }
+
+  // The collector remembers those that it has traced.
+  void ForgetConnections() {
+    reference::SetOtlpEndpoint("");
+    collector->ReportMessageCollect(std::make_shared<pass_interface::MessageCollect>());
+    reference::SetOtlpEndpoint(baseUrl);
   }
 
   // They keep their prepared statements, some of which are used now and then only. The next story opens them anew.
