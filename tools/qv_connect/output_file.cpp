@@ -15,9 +15,18 @@ std::string LastError() {
 }  // namespace
 
 std::string WriteFile(const std::filesystem::path& file, const std::string& text) {
-  std::filesystem::path temporary = file;
-  temporary += "." + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + ".tmp";
   std::error_code error;
+  std::filesystem::path place = file;
+  // What a link leads to is replaced, not the link; and nothing but a file, for a device would be gone.
+  if (std::filesystem::is_symlink(file, error)) {
+    place = std::filesystem::canonical(file, error);
+    if (error) return error.message();
+  }
+  const std::filesystem::file_status status = std::filesystem::status(place, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return "it is not a regular file";
+
+  std::filesystem::path temporary = place;
+  temporary += "." + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + ".tmp";
   errno = 0;
   std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
   if (!stream) return LastError();
@@ -27,7 +36,7 @@ std::string WriteFile(const std::filesystem::path& file, const std::string& text
   if (!stream) {
     why = LastError();
   } else {
-    std::filesystem::rename(temporary, file, error);
+    std::filesystem::rename(temporary, place, error);
     if (error) why = error.message();
   }
   if (!why.empty()) std::filesystem::remove(temporary, error);
