@@ -1,12 +1,13 @@
 // Tests whose outcome is a transcript: each step, every call that the library makes to its surroundings in it, each
 // field of the gathered status when it changes, and the step's result. What it must be stands in
-// transcripts/SUITE.TEST.txt. For whoever changes a rule: with QV_WRITE_TRANSCRIPTS=1 in the environment the test writes
+// transcripts/SUITE.TEST.txt, of a test with parameters in SUITE.TEST.PARAMETER.txt. For whoever changes a rule: with QV_WRITE_TRANSCRIPTS=1 in the environment the test writes
 // that file anew and fails, and `git diff` shows what became of the rule.
 //
 // Threads: the test's only. Ownership: a transcript lasts as long as its test.
 #ifndef TESTS_LIBRARY_TRANSCRIPT_H
 #define TESTS_LIBRARY_TRANSCRIPT_H
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -25,8 +26,10 @@ namespace library_test {
 struct Transcript : LibraryTest {
   void TearDown() override {
     const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    const std::filesystem::path file =
-        std::filesystem::path(TRANSCRIPTS) / (std::string(test->test_suite_name()) + "." + test->name() + ".txt");
+    std::string name = std::string(test->test_suite_name()) + "." + test->name() + ".txt";
+    // Before a parameter.
+    std::replace(name.begin(), name.end(), '/', '.');
+    const std::filesystem::path file = std::filesystem::path(TRANSCRIPTS) / name;
     if (std::getenv("QV_WRITE_TRANSCRIPTS") != nullptr) {
       std::ofstream(file, std::ios::binary) << text;
       FAIL() << "written anew, compared with nothing";

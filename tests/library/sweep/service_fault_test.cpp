@@ -33,7 +33,7 @@ const Fault kFaults[] = {
     {"no session is saved", &Answers::saveResult, -1},
 };
 
-struct ServiceFault : library_test::Transcript {
+struct ServiceFault : library_test::Transcript, testing::WithParamInterface<std::size_t> {
   // The steps of a story, from its beginning.
   std::string Tell(const Story& story, const Fault* fault) {
     StartOver();
@@ -58,24 +58,29 @@ struct ServiceFault : library_test::Transcript {
   }
 };
 
-TEST_F(ServiceFault, LeadsToItsCodeNoticeAndTelemetryAndThenTheControllerConnects) {
+TEST_P(ServiceFault, LeadsToItsCodeNoticeAndTelemetryAndThenTheControllerConnects) {
   const auto withoutName = [](const std::string& told) { return told.substr(told.find('\n')); };
-  for (const Story& story : Stories()) {
-    const std::string usual = Tell(story, nullptr);
-    Say(usual);
-    for (const Fault& fault : kFaults) {
-      SCOPED_TRACE(std::string(story.name) + ": " + fault.name);
-      const std::string told = Tell(story, &fault);
-      if (withoutName(told) != withoutName(usual)) Say(told);
-      if (!controller) NewController();
-      ExpectThatItConnects();
-      controller->ReleasePhoneConnect();
-      ExpectThatItConnects();
-      controller.reset();
-      EXPECT_EQ(Services().LiveConnections(), 0);
-    }
+  const Story& story = Stories()[GetParam()];
+  const std::string usual = Tell(story, nullptr);
+  Say(usual);
+  for (const Fault& fault : kFaults) {
+    SCOPED_TRACE(fault.name);
+    const std::string told = Tell(story, &fault);
+    if (withoutName(told) != withoutName(usual)) Say(told);
+    if (!controller) NewController();
+    ExpectThatItConnects();
+    controller->ReleasePhoneConnect();
+    ExpectThatItConnects();
+    controller.reset();
+    EXPECT_EQ(Services().LiveConnections(), 0);
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(, ServiceFault, testing::Range(std::size_t{0}, Stories().size()), [](const auto& tested) {
+  std::string name(Stories()[tested.param].name);
+  std::replace(name.begin(), name.end(), ' ', '_');
+  return name;
+});
 
 }  // namespace
 }  // namespace sweep
