@@ -3,6 +3,7 @@
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/post.hpp>
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -35,6 +36,16 @@ void Answer(const std::shared_ptr<Question>& question) {
   });
 }
 
+// Without a log line: one would follow the other for as long as memory is short.
+bool TryToAnswer(const std::shared_ptr<Question>& question) {
+  try {
+    Answer(question);
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
 void Ask(const std::shared_ptr<Question>& question) {
   question->error = asio::error::no_memory;
   Guarded(kLogTag, "a name's look-up", [&] {
@@ -42,10 +53,9 @@ void Ask(const std::shared_ptr<Question>& question) {
     question->addresses =
         tcp::resolver(own).resolve(question->host, question->port, tcp::resolver::numeric_service, question->error);
   });
-  // The context waits for the answer, however long there is no memory for handing it over.
-  while (!Guarded(kLogTag, "a name's look-up", [&] { Answer(question); })) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  // The context waits for the answer, however long there is no memory for handing it over, and nothing tells when there is
+  // some again.
+  while (!TryToAnswer(question)) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
 }  // namespace
