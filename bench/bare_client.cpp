@@ -19,7 +19,6 @@
 #include <stdexcept>
 
 #include "reference/common/settings.h"
-#include "reference/ws_interface/tls.h"
 
 namespace bench {
 namespace {
@@ -38,8 +37,8 @@ std::size_t Append(char* bytes, std::size_t size, std::size_t count, void* text)
   return size * count;
 }
 
-net::awaitable<void> Run(net::io_context& io, const BareSession& session) {
-  const auto tls = reference::ws::TlsContext();
+net::awaitable<void> Run(net::io_context& io, const BareSession& session, reference::ws::TlsTrust& trust) {
+  const auto tls = trust.Context();
   beast::websocket::stream<beast::ssl_stream<beast::tcp_stream>> stream(io, *tls);
   reference::ws::ExpectHost(stream.next_layer().native_handle(), session.host);
   tcp::resolver resolver(io);
@@ -93,10 +92,10 @@ BareSession RequestSession(const std::string& baseUrl) {
           static_cast<std::uint16_t>(streams["webSocketPort"].asInt())};
 }
 
-void ToFirstFrame(const BareSession& session) {
+void ToFirstFrame(const BareSession& session, reference::ws::TlsTrust& trust) {
   net::io_context io(1);
   std::exception_ptr failure;
-  net::co_spawn(io, Run(io, session), [&](std::exception_ptr thrown) { failure = thrown; });
+  net::co_spawn(io, Run(io, session, trust), [&](std::exception_ptr thrown) { failure = thrown; });
   io.run();
   if (failure) std::rethrow_exception(failure);
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "reference/ws_interface/tls.h"
+
 namespace bench {
 
 struct BareSession {
@@ -18,8 +20,9 @@ struct BareSession {
 // Asks the cloud for a session. Throws std::runtime_error when it gives none.
 BareSession RequestSession(const std::string& baseUrl);
 
-// Connects and returns with the first frame. Throws boost::system::system_error when something fails.
-void ToFirstFrame(const BareSession& session);
+// Connects, trusting whom it is told to, and returns with the first frame. Throws boost::system::system_error when
+// something fails.
+void ToFirstFrame(const BareSession& session, reference::ws::TlsTrust& trust);
 
 }  // namespace bench
 

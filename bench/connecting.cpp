@@ -15,6 +15,7 @@ namespace {
 constexpr int kDelaysMs[] = {0, 20, 50, 100};
 
 enum class Cache { kMiss, kHit };
+enum class TlsContext { kMadeEachTime, kKept };
 
 void ThroughLibrary(benchmark::State& state, Cache cache, int delayMs) {
   const CloudInUse cloud(delayMs);
@@ -31,14 +32,17 @@ void ThroughLibrary(benchmark::State& state, Cache cache, int delayMs) {
   }
 }
 
-void Bare(benchmark::State& state, Cache cache) {
+void Bare(benchmark::State& state, Cache cache, TlsContext context) {
   const CloudInUse cloud;
   BareSession session = RequestSession(cloud.BaseUrl());
+  reference::ws::TlsTrust kept;
+  kept.Context();
   ManualTimes times(state);
   for (auto _ : state) {
     const auto begin = Clock::now();
     if (cache == Cache::kMiss) session = RequestSession(cloud.BaseUrl());
-    ToFirstFrame(session);
+    reference::ws::TlsTrust fresh;
+    ToFirstFrame(session, context == TlsContext::kKept ? kept : fresh);
     times.Add(Clock::now() - begin);
   }
 }
@@ -76,7 +80,11 @@ void WholeCommand(benchmark::State& state) {
   for (const auto& [cache, name] : {std::pair(Cache::kMiss, "miss"), std::pair(Cache::kHit, "hit")}) {
     const std::string prefix = std::string("connect/") + name;
     add(
-        prefix + ", bare", [cache = cache](benchmark::State& state) { Bare(state, cache); }, 5);
+        prefix + ", bare", [cache = cache](benchmark::State& state) { Bare(state, cache, TlsContext::kMadeEachTime); },
+        5);
+    add(
+        prefix + ", bare with a context",
+        [cache = cache](benchmark::State& state) { Bare(state, cache, TlsContext::kKept); }, 5);
     add(
         prefix + ", library", [cache = cache](benchmark::State& state) { ThroughLibrary(state, cache, 0); }, 5);
   }

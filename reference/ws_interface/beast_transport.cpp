@@ -63,8 +63,8 @@ struct Tunnel {
 template <class Stream>
 class BeastTransport final : public Transport, public std::enable_shared_from_this<BeastTransport<Stream>> {
  public:
-  BeastTransport(asio::io_context& context, Endpoint endpoint, std::chrono::milliseconds keepAlive)
-      : context(context), endpoint(std::move(endpoint)), keepAlive(keepAlive) {}
+  BeastTransport(asio::io_context& context, TlsTrust& trust, Endpoint endpoint, std::chrono::milliseconds keepAlive)
+      : context(context), trust(trust), endpoint(std::move(endpoint)), keepAlive(keepAlive) {}
 
   void Open(std::weak_ptr<TransportSink> newSink) override {
     sink = std::move(newSink);
@@ -159,7 +159,7 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
   void MakeStream() {
     if constexpr (std::is_same_v<Stream, Secure>) {
-      tls = TlsContext();
+      tls = trust.Context();
       stream.emplace(context, *tls);
       if (!ExpectHost(stream->next_layer().native_handle(), endpoint.host)) throw std::bad_alloc();
     } else {
@@ -269,6 +269,7 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
   }
 
   asio::io_context& context;
+  TlsTrust& trust;
   const Endpoint endpoint;
   const std::chrono::milliseconds keepAlive;
 
@@ -287,10 +288,10 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
 }  // namespace
 
-std::shared_ptr<Transport> MakeBeastTransport(asio::io_context& context, const Endpoint& endpoint,
+std::shared_ptr<Transport> MakeBeastTransport(asio::io_context& context, TlsTrust& trust, const Endpoint& endpoint,
                                               std::chrono::milliseconds keepAlive) {
-  if (endpoint.secure) return std::make_shared<BeastTransport<Secure>>(context, endpoint, keepAlive);
-  return std::make_shared<BeastTransport<Plain>>(context, endpoint, keepAlive);
+  if (endpoint.secure) return std::make_shared<BeastTransport<Secure>>(context, trust, endpoint, keepAlive);
+  return std::make_shared<BeastTransport<Plain>>(context, trust, endpoint, keepAlive);
 }
 
 }  // namespace reference::ws

@@ -14,6 +14,7 @@
 #include "reference/common/service_threads.h"
 #include "reference/ws_interface/beast_transport.h"
 #include "reference/ws_interface/log.h"
+#include "reference/ws_interface/tls.h"
 
 namespace reference::ws {
 namespace {
@@ -55,7 +56,10 @@ class IoThread::LoopWaker final : public Waker {
 
 class IoThread::Loop {
  public:
+  explicit Loop(std::shared_ptr<TlsTrust> trust) : trust(std::move(trust)) {}
+
   asio::io_context& Context() { return *context; }
+  TlsTrust& Trust() { return *trust; }
   void Run();
   // Lets the thread end when all that was begun has ended.
   void LetEnd();
@@ -73,6 +77,8 @@ class IoThread::Loop {
   bool GoesOn();
   void ReportFault();
 
+  // Before the context, whose transports refer to it.
+  const std::shared_ptr<TlsTrust> trust;
   std::mutex loopMutex;
   // Empty when the thread has ended. Replaced by the thread only.
   std::unique_ptr<asio::io_context> context = std::make_unique<asio::io_context>(1);
@@ -117,6 +123,7 @@ void IoThread::LoopWaker::Cancel() noexcept {
 }
 
 void IoThread::Loop::Run() {
+  trust->Prepare();
   do {
     if (!Guarded(kLogTag, "a task of the I/O thread", [this] { RunOne(); })) ReportFault();
     // Before, so that who wakes the thread from now on ends its next wait.
@@ -199,7 +206,7 @@ bool IoThread::Loop::WaitForEnd() {
   return endReached.wait_for(lock, kPatience, [this] { return ended; });
 }
 
-IoThread::IoThread() : loop(std::make_shared<Loop>()) {
+IoThread::IoThread(std::shared_ptr<TlsTrust> trust) : loop(std::make_shared<Loop>(std::move(trust))) {
   thread = std::thread([loop = loop, ticket = ServiceThreadTicket()]() mutable {
     loop->Run();
     // All of it before the ticket, which says that nothing of this thread is left; what OpenSSL keeps for the thread
@@ -218,7 +225,7 @@ std::unique_ptr<Waker> IoThread::MakeWaker(std::weak_ptr<WakerUser> user) {
 }
 
 std::shared_ptr<Transport> IoThread::MakeTransport(const Endpoint& endpoint, std::chrono::milliseconds keepAlive) {
-  return MakeBeastTransport(loop->Context(), endpoint, keepAlive);
+  return MakeBeastTransport(loop->Context(), loop->Trust(), endpoint, keepAlive);
 }
 
 void IoThread::Stop() {

@@ -13,10 +13,12 @@
 
 namespace reference::ws {
 
+class TlsTrust;
+
 class IoThread final : public Reactor {
  public:
   // Throws std::system_error when the thread cannot be started.
-  IoThread();
+  explicit IoThread(std::shared_ptr<TlsTrust> trust);
   // Stops.
   ~IoThread() override;
   IoThread(const IoThread&) = delete;

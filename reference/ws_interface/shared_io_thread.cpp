@@ -8,6 +8,8 @@
 #include <thread>
 #include <utility>
 
+#include "reference/ws_interface/tls.h"
+
 namespace reference::ws {
 namespace {
 
@@ -17,7 +19,10 @@ class Pool {
     const std::lock_guard<std::mutex> lock(mutex);
     Seat& seat = *std::min_element(seats.begin(), seats.begin() + Size(),
                                    [](const Seat& a, const Seat& b) { return a.shares < b.shares; });
-    if (!seat.thread) seat.thread = std::make_shared<IoThread>();
+    if (!seat.thread) {
+      if (!trust) trust = std::make_shared<TlsTrust>();
+      seat.thread = std::make_shared<IoThread>(trust);
+    }
     ++seat.shares;
     return seat.thread;
   }
@@ -29,6 +34,11 @@ class Pool {
     const auto seat = std::find_if(seats.begin(), seats.end(), [&](const Seat& s) { return s.thread == thread; });
     if (seat != seats.end() && --seat->shares == 0) ending.swap(seat->thread);
     return ending;
+  }
+
+  void ForgetTrust() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    trust.reset();
   }
 
  private:
@@ -43,6 +53,8 @@ class Pool {
   }
 
   std::mutex mutex;
+  // Outlasts the threads, so that a reconnect need not make it again.
+  std::shared_ptr<TlsTrust> trust;
   std::array<Seat, kSeats> seats;
 };
 
@@ -53,6 +65,12 @@ Pool& ThePool() {
   static Pool& pool = *new (storage) Pool;
   return pool;
 }
+
+// The one thing in the pool that lies on the heap without a share, given back when the library is unloaded. A thread that
+// still ends by itself then has a pointer of its own to it.
+const struct TrustKeeper {
+  ~TrustKeeper() { ThePool().ForgetTrust(); }
+} trustKeeper;
 
 }  // namespace
 

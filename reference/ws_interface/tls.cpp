@@ -1,13 +1,14 @@
 #include "reference/ws_interface/tls.h"
 
+#include <openssl/rand.h>
 #include <openssl/x509v3.h>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/address.hpp>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -22,15 +23,11 @@ namespace {
 namespace asio = boost::asio;
 
 // Read here rather than by OpenSSL, which opens narrow paths only.
-void TrustAuthorityFile(asio::ssl::context& context, const std::filesystem::path& file) {
+std::string ReadAuthorityFile(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  const std::string pem((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  std::string pem((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
   if (!stream) throw std::runtime_error("the authority file " + Utf8Text(file) + " cannot be read");
-  boost::system::error_code error;
-  context.add_certificate_authority(asio::buffer(pem), error);
-  if (error) {
-    throw std::runtime_error("the authority file " + Utf8Text(file) + " holds no PEM certificates: " + error.message());
-  }
+  return pem;
 }
 
 std::shared_ptr<asio::ssl::context> NewContext() {
@@ -43,25 +40,6 @@ std::shared_ptr<asio::ssl::context> NewContext() {
   return context;
 }
 
-// Reading them takes a tenth of a second, too long for each attempt on a thread that other connections share.
-std::shared_ptr<asio::ssl::context> SystemContext() {
-  struct Cache {
-    std::mutex mutex;
-    std::shared_ptr<asio::ssl::context> context;
-  };
-  // Never destroyed: an I/O thread that ends by itself may still use it when the process ends.
-  static Cache& cache = *new Cache;
-  const std::lock_guard<std::mutex> lock(cache.mutex);
-  if (!cache.context) {
-    auto context = NewContext();
-    if (!TrustSystemAuthorities(context->native_handle())) {
-      throw std::runtime_error("the system's certificate authorities cannot be read");
-    }
-    cache.context = std::move(context);
-  }
-  return cache.context;
-}
-
 bool IsAddress(const std::string& host) {
   boost::system::error_code error;
   asio::ip::make_address(host, error);
@@ -70,12 +48,40 @@ bool IsAddress(const std::string& host) {
 
 }  // namespace
 
-std::shared_ptr<asio::ssl::context> TlsContext() {
-  const std::filesystem::path authorityFile = AuthorityFile();
-  if (authorityFile.empty()) return SystemContext();
-  auto context = NewContext();
-  TrustAuthorityFile(*context, authorityFile);
+std::shared_ptr<asio::ssl::context> TlsTrust::Context() {
+  const std::filesystem::path file = AuthorityFile();
+  std::string wanted = file.empty() ? std::string() : ReadAuthorityFile(file);
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (context && authorities == wanted) return context;
+
+  auto made = NewContext();
+  if (file.empty()) {
+    if (!TrustSystemAuthorities(made->native_handle())) {
+      throw std::runtime_error("the system's certificate authorities cannot be read");
+    }
+  } else {
+    boost::system::error_code error;
+    made->add_certificate_authority(asio::buffer(wanted), error);
+    if (error) {
+      throw std::runtime_error("the authority file " + Utf8Text(file) +
+                               " holds no PEM certificates: " + error.message());
+    }
+  }
+  authorities.swap(wanted);
+  context = std::move(made);
   return context;
+}
+
+void TlsTrust::Prepare() noexcept {
+  try {
+    Context();
+  } catch (const std::exception&) {
+    // Told by the connection that needs it.
+  }
+  // Each thread has two generators of its own, whose first numbers take long.
+  unsigned char unused = 0;
+  RAND_bytes(&unused, 1);
+  RAND_priv_bytes(&unused, 1);
 }
 
 bool ExpectHost(SSL* tls, const std::string& host) {
