@@ -4,7 +4,10 @@
 #include <boost/asio/post.hpp>
 #include <chrono>
 #include <exception>
+#include <list>
 #include <memory>
+#include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -58,6 +61,45 @@ void Ask(const std::shared_ptr<Question>& question) {
   while (!TryToAnswer(question)) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
+class Crew {
+ public:
+  void Take(std::shared_ptr<Question> question) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (threads == kMaxLookUpThreads) return waiting.push_back(std::move(question));
+    std::thread([this, question = std::move(question), ticket = ServiceThreadTicket()]() mutable {
+      // At the end there is none, before the ticket goes, which says that nothing of this thread is left.
+      for (; question; question = Next()) Ask(question);
+    }).detach();
+    ++threads;
+  }
+
+ private:
+  // Nothing when the calling thread is to end.
+  std::shared_ptr<Question> Next() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (waiting.empty()) {
+      --threads;
+      return nullptr;
+    }
+    std::shared_ptr<Question> next = std::move(waiting.front());
+    waiting.pop_front();
+    return next;
+  }
+
+  std::mutex mutex;
+  std::size_t threads = 0;
+  // A list, for it needs no memory when it is empty.
+  std::list<std::shared_ptr<Question>> waiting;
+};
+
+// Never destroyed, for a look-up may outlast everything else; and no memory of the heap, which would be lost each time
+// the library is loaded and unloaded.
+Crew& TheCrew() {
+  alignas(Crew) static std::byte storage[sizeof(Crew)];
+  static Crew& crew = *new (storage) Crew;
+  return crew;
+}
+
 }  // namespace
 
 void LookUp(asio::io_context& context, const std::string& host, std::uint16_t port, LookUpHandler handler) {
@@ -69,11 +111,7 @@ void LookUp(asio::io_context& context, const std::string& host, std::uint16_t po
     question->addresses = Addresses::create(tcp::endpoint(address, port), host, question->port);
     return Answer(question);
   }
-  std::thread([question, ticket = ServiceThreadTicket()]() mutable {
-    Ask(question);
-    // Before the ticket, which says that nothing of this thread is left.
-    question.reset();
-  }).detach();
+  TheCrew().Take(std::move(question));
 }
 
 }  // namespace reference::ws
