@@ -20,7 +20,7 @@ std::int32_t CQVDataControl::Forward(std::int32_t (IWSInterface::*operation)(Par
 }
 
 // The public numbering and the connection object's cross at the start: 3 goes to its third operation, 4 to its second,
-// and from 5 on each to the one before.
+// 5 to 9 each to the one before, and from 10 on the numbers are the same.
 
 std::int32_t CQVDataControl::SendInReq3(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,
                                         std::int32_t count) {
@@ -99,8 +99,8 @@ std::int32_t CQVDataControl::SendDummyReq() {
 }
 
 std::int32_t CQVDataControl::ChangeIsp(std::uint32_t ispCode) {
-  // The front end may drop its last pointer in a notice that comes inside this call.
-  const auto self = shared_from_this();
+  // The front end may drop its last pointer in a notice that comes inside this call. Empty inside the destructor.
+  const auto self = weak_from_this().lock();
   const Generation since = generation;
   if (!GateIsOpen()) return -1;
   const FrontEnd frontEnd = notice.Copy();

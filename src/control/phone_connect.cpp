@@ -38,8 +38,8 @@ class ConnectClaim {
 }  // namespace
 
 std::int32_t CQVDataControl::GetPhoneConnect() {
-  // The front end may drop its last pointer in a notice that comes inside this call.
-  const auto self = shared_from_this();
+  // The front end may drop its last pointer in a notice that comes inside this call. Empty inside the destructor.
+  const auto self = weak_from_this().lock();
   const Generation since = generation;
   if (initState != kStateReady) return -1;
   QV_LOG(kLogTrace, "[QV_DATA_INTERFACE][TimeConsumingFlag][%s] start; Begin GetPhoneConnect", targetId.Copy().c_str());
@@ -88,13 +88,14 @@ void CQVDataControl::HandlePhoneConnect(const InstanceInfo& info, Generation sin
   FinishInitWS(frontEnd, InitWS(info.endpoints, since));
   status.FillIfMade([&](Status& data) {
     if (generation != since) return;
-    data.sessionId = info.sessionId;
+    // Not of the record: it may have been renewed since.
+    data.sessionId = sessionId.Copy();
     data.wsDomain = info.endpoints.webSocketDomain;
     data.wsPort = std::to_string(info.endpoints.webSocketPort);
   });
   const auto granted = std::make_shared<const GrantedInfo>(GrantedInfo{info, since});
-  grantedInfo.Update([&granted](std::shared_ptr<const GrantedInfo>& newest) {
-    if (!newest || newest->since <= granted->since) newest = granted;
+  grantedInfo.Update([&](std::shared_ptr<const GrantedInfo>& newest) {
+    if (generation == since) newest = granted;
   });
   RegisterInstance(info, since);
   if (IsCurrent(since)) TellIspList(frontEnd, info);
@@ -104,6 +105,8 @@ void CQVDataControl::RegisterInstance(const InstanceInfo& info, Generation since
   const auto collector = collect_interface::ICollectInterface::GetCollectInstance(false);
   if (!collector) return;
   const std::int32_t rowId = collectRowId.Copy();
+  // Copied first and checked then, so that the row is that of this generation.
+  if (generation != since) return;
   if (rowId == 0) {
     InsertInstanceRow(*collector, since);
   } else if (collector->UpdataInstanceSessionId(rowId, info.sessionId.c_str(),

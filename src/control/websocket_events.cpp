@@ -160,6 +160,7 @@ void CQVDataControl::OnNotice5() {
 }
 
 void CQVDataControl::OnNotice6(const char* text) {
+  // The text goes back over the connection that it came from, whatever the front end does in its notice.
   const auto connection = wsConnection.Copy();
   Tell(notice.Copy(), [text](IQVDataInterfaceNotic& notic) { notic.OnNotice8(text); });
   if (connection) connection->SendReq9(text, 0);

@@ -101,12 +101,13 @@ void CQVDataControl::TellNewerSessionIds(ws_interface::IWSInterface& connection,
 CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::StreamEndpoints& endpoints,
                                                      Generation since) {
   ConnectRecords records;
-  if (!FillConnectRecords(records)) return InitWSOutcome::kFailed;
+  const bool isFilled = FillConnectRecords(records);
   const std::string url = MakeUrl(endpoints);
   const std::string credential = credential1.Copy();
   const auto manager = wsManager.Copy();
   // Copied first and checked then, so that all of it is of this generation.
   if (generation != since) return InitWSOutcome::kOvertakenByRelease;
+  if (!isFilled) return InitWSOutcome::kFailed;
 
   if (wsConnection.IsEmpty() && manager) {
     const std::shared_ptr<ws_interface::IWSInterfaceNotic> sink = shared_from_this();
@@ -117,8 +118,10 @@ CQVDataControl::InitWSOutcome CQVDataControl::InitWS(const pass_interface::Strea
       TellNewerSessionIds(*created, records.connectInfo.sessionIdText, since);
     }
   }
+  // Looked up first and checked then: a release that comes in between has taken the connection out, and is no failure.
+  const bool isHeld = !wsConnection.IsEmpty();
   if (generation != since || initState == kStateReleasing) return InitWSOutcome::kOvertakenByRelease;
-  return wsConnection.IsEmpty() ? InitWSOutcome::kFailed : InitWSOutcome::kConnectionHeld;
+  return isHeld ? InitWSOutcome::kConnectionHeld : InitWSOutcome::kFailed;
 }
 
 std::int32_t CQVDataControl::FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome) {

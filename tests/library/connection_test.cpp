@@ -112,6 +112,10 @@ TEST_F(Connection, FailedAnswersAndRenewedSessions) {
   Connect();
   At("wsManager.CreateWS", [this] { Refreshed(0, 200, 0); });
   STEP(controller->ChangeIsp(1));
+  ReleaseAndForget();
+  Request();
+  At("wsManager.CreateWS", [this] { Refreshed(0, 200, 0); });
+  STEP(Grant());
 }
 
 TEST_F(Connection, IsMadeWithTheRecordsOfItsInitAndWhollyOrNotAtAll) {

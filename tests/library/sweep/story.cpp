@@ -15,7 +15,8 @@ std::int32_t Reconnect(LibraryTest& test) {
   if (ReleaseAndInit(test) != 0) return -1;
   test.Services().createWsFails = false;
   if (test.controller->GetPhoneConnect() != 0) throw std::runtime_error("GetPhoneConnect is refused");
-  test.Grant();
+  if (!test.CommandsAreOpen()) test.Grant();
+  test.controller->ChangeIsp(1);
   return 0;
 }
 

@@ -43,7 +43,8 @@ struct Schedule {
   }
   // A change of the line waits for the one before it, though not for its notice; nothing else waits for anything.
   bool MayWaitFor(std::string_view call) const {
-    return intruder.name == "ChangeIsp" && story.name.starts_with("line switch") && !call.starts_with("notice.");
+    return (intruder.name == "ChangeIsp" || intruder.name == "reconnect") && story.name.starts_with("line switch") &&
+           !call.starts_with("notice.");
   }
 };
 
@@ -148,6 +149,10 @@ struct Sweep : StoryTest {
     Calls calls = Take();
     if (schedule.story.name != "line switch that fails") {
       EXPECT_THAT(calls, Not(Contains(StartsWith("notice.OnStatus(60701001")))) << "no failure of the front end's own";
+    }
+    if (schedule.intruder.name == "reconnect" && outcome.intruder == 0) {
+      const std::string row = std::to_string(*Services().liveRows.begin());
+      EXPECT_THAT(calls, Not(Contains(StartsWith("collect.UpdataInstanceSessionId(" + row)))) << "of another session";
     }
     if (schedule.intruder.name == "release") {
       calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "pass.Stop()"));
