@@ -1,6 +1,7 @@
 // A controller with the front end that drives it, for every benchmark.
 //
-// Threads: one thread uses it; the notices come on the services' threads. Ownership: the controller is released with it.
+// Threads: one thread uses it; the notices come on the services' threads. Ownership: the controller is released with
+// it.
 #ifndef BENCH_PHONE_H
 #define BENCH_PHONE_H
 

@@ -1,5 +1,5 @@
-// The two services of which the benchmarks need a silent kind beside the real one: a WebSocket manager whose connections
-// do nothing, and a collector that drops what it is given. What is measured is then the library alone.
+// The two services of which the benchmarks need a silent kind beside the real one: a WebSocket manager whose
+// connections do nothing, and a collector that drops what it is given. What is measured is then the library alone.
 //
 // Threads: the switch and the moment belong to the thread that measures. Ownership: none.
 #ifndef BENCH_SERVICES_H

@@ -53,11 +53,11 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
 
   /// @name Commands
   /// Each is handed to the connection at once, in any thread, and returns its result: 0 when the connection has taken
-  /// it over, a negative code of the WebSocket library's otherwise; -1 until GetPhoneConnect has returned 0, after a release, without
-  /// a connection or for a bad argument. Nothing waits for the phone. What was handed over just before ChangeIsp or a
-  /// release may not reach the phone any more. 64-bit values are handed on untouched (integers or pointers of the front
-  /// end). Texts are UTF-8, copied during the call. The session protocol of the front end gives the numbered ones their
-  /// meaning.
+  /// it over, a negative code of the WebSocket library's otherwise; -1 until GetPhoneConnect has returned 0, after a
+  /// release, without a connection or for a bad argument. Nothing waits for the phone. What was handed over just before
+  /// ChangeIsp or a release may not reach the phone any more. 64-bit values are handed on untouched (integers or
+  /// pointers of the front end). Texts are UTF-8, copied during the call. The session protocol of the front end gives
+  /// the numbered ones their meaning.
   ///@{
   /// Command 3. count must not be 0.
   virtual std::int32_t SendInReq3(std::uint64_t value1, std::uint64_t value2, std::uint64_t value3,

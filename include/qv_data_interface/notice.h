@@ -17,10 +17,10 @@ struct IspItem {
 /// The front end implements this and gives it to IQVDataInterface::Init, which keeps it until ReleasePhoneConnect.
 ///
 /// **Threads.** A notice comes on the thread that caused it. That is the WebSocket library's, with these exceptions:
-/// OnIspList, kResultWsInitFailed and the codes of phone-connect and refresh-session come on the HTTP service's; OnIspList and
-/// kResultWsInitFailed come on the front end's own inside GetPhoneConnect when the session is from the cache;
-/// kResultWsInitFailed comes there inside ChangeIsp. The notices of one WebSocket connection do not overlap each other;
-/// all others may overlap them and each other.
+/// OnIspList, kResultWsInitFailed and the codes of phone-connect and refresh-session come on the HTTP service's;
+/// OnIspList and kResultWsInitFailed come on the front end's own inside GetPhoneConnect when the session is from the
+/// cache; kResultWsInitFailed comes there inside ChangeIsp. The notices of one WebSocket connection do not overlap each
+/// other; all others may overlap them and each other.
 ///
 /// **Order.** Of one WebSocket connection: OnStatus(kResultWsConnecting), OnChooseVideoFormat,
 /// OnStatus(kResultSuccess), OnPlayRsp, OnFirstFrame; after OnChooseVideoFormat the relayed notices, OnServiceCode and

@@ -1,6 +1,6 @@
-// The collector: keeps instance rows and status messages in a local database, see schema.h, and sends each connection as
-// a trace when the host has named an OpenTelemetry collector. Registering an SDK type
-// opens nothing, since that happens while the libraries of the process are being loaded.
+// The collector: keeps instance rows and status messages in a local database, see schema.h, and sends each connection
+// as a trace when the host has named an OpenTelemetry collector. Registering an SDK type opens nothing, since that
+// happens while the libraries of the process are being loaded.
 //
 // Threads: every operation from any thread; each ends when its rows are written, in well under a millisecond
 // unless another process holds the database: that is waited for 50 ms at most, then the rows are lost. None waits for

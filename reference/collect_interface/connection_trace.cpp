@@ -13,8 +13,8 @@ using Outcome = ConnectionTrace::Outcome;
 // In nanoseconds it fits into 64 bits.
 constexpr std::int64_t kLatestMs = 9'000'000'000'000;
 
-// 0: has not come, or came in an earlier connection of the same object, which keeps its milestones, or is no time that a
-// clock tells: an embedding SDK records what it likes.
+// 0: has not come, or came in an earlier connection of the same object, which keeps its milestones, or is no time that
+// a clock tells: an embedding SDK records what it likes.
 std::int64_t Since(const Status& status, std::int64_t beginMs, const char* name) {
   const auto found = status.milestones.find(name);
   if (found == status.milestones.end() || found->second < beginMs || found->second > kLatestMs) return 0;

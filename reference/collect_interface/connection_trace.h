@@ -2,7 +2,8 @@
 //
 //   its first frame (1/2);
 //   a failure that leaves nothing to wait for: no session was granted, or no connection object could be made;
-//   its release (1/4), with the error that came on the way, if one did: a loss is followed by attempts that may succeed.
+//   its release (1/4), with the error that came on the way, if one did: a loss is followed by attempts that may
+//   succeed.
 //
 // A connection is known by its target and its milestone startGetInstanceInfo: messages name it no other way. What comes
 // after its trace is not in it; the database has every message.

@@ -1,6 +1,6 @@
-// Connections as an OTLP request in JSON. Each is a trace: a client span "connection", whose children are the steps that
-// qv_connect's timeline shows, under the same names. A connection that had no first frame has the step that it was in as
-// its last child.
+// Connections as an OTLP request in JSON. Each is a trace: a client span "connection", whose children are the steps
+// that qv_connect's timeline shows, under the same names. A connection that had no first frame has the step that it was
+// in as its last child.
 //
 // Threads: a pure function but for the random ids. Ownership: none.
 #ifndef REFERENCE_COLLECT_INTERFACE_TRACE_JSON_H

@@ -15,11 +15,11 @@ namespace {
 
 constexpr std::size_t kMaxTextBytes = 4095;
 
-// A bounded text in place, without a destructor: a service's thread may still ask while the process ends, and nothing is
-// left behind when the library is unloaded.
+// A bounded text in place, without a destructor: a service's thread may still ask while the process ends, and nothing
+// is left behind when the library is unloaded.
 class Setting {
-  // Held for one short copy. Not a std::mutex: on mingw that has a constructor and a destructor to run. A flag has nothing
-  // to wait on, so who finds it held sleeps: yielding would never let a holder of lower priority run.
+  // Held for one short copy. Not a std::mutex: on mingw that has a constructor and a destructor to run. A flag has
+  // nothing to wait on, so who finds it held sleeps: yielding would never let a holder of lower priority run.
   class Lock {
    public:
     explicit Lock(std::atomic_flag& isHeld) : isHeld(isHeld) {

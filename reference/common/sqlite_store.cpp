@@ -87,8 +87,8 @@ bool Store::OpenLocked() {
   if (connection && openFile == wantedFile.native() && exists) return false;
   connection.reset();
   std::filesystem::create_directories(wantedFile.parent_path());
-  // Sessions and addresses are the user's own business. Made and closed to others before SQLite opens it, since the files
-  // beside it take over its permissions. Where the file system knows no owner, it stays as it is.
+  // Sessions and addresses are the user's own business. Made and closed to others before SQLite opens it, since the
+  // files beside it take over its permissions. Where the file system knows no owner, it stays as it is.
   std::ofstream(wantedFile, std::ios::app).close();
   std::error_code ignored;
   std::filesystem::permissions(wantedFile, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,

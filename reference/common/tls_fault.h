@@ -32,8 +32,8 @@ inline std::string CertificateFault(long verifyResult, const STACK_OF(X509) * ch
   return std::string("incomplete chain, the issuer ") + issuer + " has not been sent and is not a trusted authority";
 }
 
-// verifyResult: what OpenSSL says of the certificate; text: the failure as it was reported, returned when there is nothing
-// better to say.
+// verifyResult: what OpenSSL says of the certificate; text: the failure as it was reported, returned when there is
+// nothing better to say.
 inline std::string TlsFault(long verifyResult, const STACK_OF(X509) * chain, const std::string& text) {
   if (verifyResult != X509_V_OK) return "the certificate was refused: " + CertificateFault(verifyResult, chain);
   // Of a failed hand-shake libcurl hands on OpenSSL's text only.

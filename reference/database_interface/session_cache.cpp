@@ -10,8 +10,8 @@ using reference::sqlite::Rows;
 using reference::sqlite::Transaction;
 
 // With WAL, NORMAL loses no row when the process dies; a power cut may take the last ones, and costs a request each. An
-// empty file is worth no waiting for the disk, least of all in the first connection. The table has row ids, for with them a
-// cipher text of usual length fits into its page.
+// empty file is worth no waiting for the disk, least of all in the first connection. The table has row ids, for with
+// them a cipher text of usual length fits into its page.
 constexpr char kSetup[] = R"(
   PRAGMA synchronous=OFF;
   PRAGMA journal_mode=WAL;

@@ -19,7 +19,8 @@ constexpr std::size_t kMaximumLines = 64;
 constexpr std::size_t kMaximumStrategies = 256;
 
 // True: the answer is filled; one whose code is not 0 has only its header. False: problem names the key and what is
-// allowed, never a text of the answer's, or the want of memory, and the answer keeps its defaults except for the requestTag if that was read.
+// allowed, never a text of the answer's, or the want of memory, and the answer keeps its defaults except for the
+// requestTag if that was read.
 bool ParsePhoneConnectAnswer(std::string_view text, InstanceInfo& answer, std::string& problem) noexcept;
 bool ParseRefreshSessionAnswer(std::string_view text, RefreshSessionRsp& answer, std::string& problem) noexcept;
 

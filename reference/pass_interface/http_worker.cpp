@@ -47,7 +47,8 @@ class HttpWorker::Loop {
   void Leave(Finish finish);
   void Wait();
 
-  // The only libcurl call that other threads make on it is the wake-up, under queueMutex. Empty when the thread is done.
+  // The only libcurl call that other threads make on it is the wake-up, under queueMutex. Empty when the thread is
+  // done.
   Multi multi;
   // The thread's own. As many fit in as may be outstanding, so that taking one in cannot fail.
   Transfers active;

@@ -2,8 +2,8 @@
 // connections. It lasts until it has nothing more to do, so that a controller whose session stands costs no thread.
 //
 // Threads: every operation may be called from any thread, from inside a Done callback too. The Done callbacks are
-// called on the worker's thread one after another, with no lock held; while one runs, no request makes progress. One that
-// throws is logged, and costs the other requests nothing.
+// called on the worker's thread one after another, with no lock held; while one runs, no request makes progress. One
+// that throws is logged, and costs the other requests nothing.
 // Ownership: the thread owns what it works on together with this object, so this object may die inside a callback.
 #ifndef REFERENCE_PASS_INTERFACE_HTTP_WORKER_H
 #define REFERENCE_PASS_INTERFACE_HTTP_WORKER_H
@@ -27,8 +27,8 @@ class HttpWorker {
   HttpWorker(const HttpWorker&) = delete;
   HttpWorker& operator=(const HttpWorker&) = delete;
 
-  // 0: taken over, Done is called once unless the worker stops first. Otherwise a result of pass_result.h, kStopped also
-  // when the thread has run out of work; the transfer is then left with the caller.
+  // 0: taken over, Done is called once unless the worker stops first. Otherwise a result of pass_result.h, kStopped
+  // also when the thread has run out of work; the transfer is then left with the caller.
   std::int32_t Submit(std::unique_ptr<HttpTransfer>& transfer);
 
   // Wakes the thread, which drops every request without its callback and ends. Returns at once.

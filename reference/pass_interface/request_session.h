@@ -1,5 +1,5 @@
-// What lies between one Initialise and its Stop: the settings, the worker thread while there is work, and the gate through which the notices
-// leave.
+// What lies between one Initialise and its Stop: the settings, the worker thread while there is work, and the gate
+// through which the notices leave.
 //
 // Threads: every operation may be called from any thread, from inside a notice too.
 // Ownership: the notices hold the gate only, so this object may die inside one.
@@ -30,8 +30,8 @@ class RequestSession {
 
   std::int32_t RequestPhoneConnect(const char* targetId, const char* text1, const char* text2);
   std::int32_t RequestRefreshSession(const char* sessionId, const char* text, std::int32_t value);
-  // Drops the requests on their way without a notice; waits for a notice in flight unless called from inside one, of any
-  // service. May be called again.
+  // Drops the requests on their way without a notice; waits for a notice in flight unless called from inside one, of
+  // any service. May be called again.
   void Stop();
 
  private:

@@ -28,8 +28,8 @@ using Clock = std::chrono::steady_clock;
 
 }  // namespace
 
-// What a waker is to do stands in the waker itself, and the thread looks through all of them. So neither a wake-up nor a
-// deadline needs memory, which a task posted to asio or a timer of its does.
+// What a waker is to do stands in the waker itself, and the thread looks through all of them. So neither a wake-up nor
+// a deadline needs memory, which a task posted to asio or a timer of its does.
 class IoThread::LoopWaker final : public Waker {
  public:
   LoopWaker(std::shared_ptr<Loop> loop, std::weak_ptr<WakerUser> user);

@@ -1,7 +1,7 @@
 // A thread on which connections run, and its end.
 //
-// Threads: MakeWaker and Stop from any; MakeTransport on the I/O thread. Ownership: the thread owns the io_context and its
-// sockets; whoever holds this object holds only the door to it. So a waker that outlives the thread wakes nobody.
+// Threads: MakeWaker and Stop from any; MakeTransport on the I/O thread. Ownership: the thread owns the io_context and
+// its sockets; whoever holds this object holds only the door to it. So a waker that outlives the thread wakes nobody.
 #ifndef REFERENCE_WS_INTERFACE_IO_THREAD_H
 #define REFERENCE_WS_INTERFACE_IO_THREAD_H
 
@@ -27,8 +27,8 @@ class IoThread final : public Reactor {
   std::unique_ptr<Waker> MakeWaker(std::weak_ptr<WakerUser> user) override;
   std::shared_ptr<Transport> MakeTransport(const Endpoint& endpoint, std::chrono::milliseconds keepAlive) override;
 
-  // Ends the thread after what it has been woken for, and waits for that; but not on the thread itself, not from inside any
-  // notice, and no longer than a moment for the look-up of a name, which cannot be interrupted: then the thread
+  // Ends the thread after what it has been woken for, and waits for that; but not on the thread itself, not from inside
+  // any notice, and no longer than a moment for the look-up of a name, which cannot be interrupted: then the thread
   // ends by itself. Needs no memory. May be called again. REQUIRES: the connections on this thread have been closed.
   void Stop();
 

@@ -56,8 +56,8 @@ void Ask(const std::shared_ptr<Question>& question) {
     question->addresses =
         tcp::resolver(own).resolve(question->host, question->port, tcp::resolver::numeric_service, question->error);
   });
-  // The context waits for the answer, however long there is no memory for handing it over, and nothing tells when there is
-  // some again.
+  // The context waits for the answer, however long there is no memory for handing it over, and nothing tells when there
+  // is some again.
   while (!TryToAnswer(question)) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 

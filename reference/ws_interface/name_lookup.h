@@ -1,8 +1,8 @@
 // From a host's name to its addresses, on threads of the look-ups' own.
 //
-// A look-up cannot be interrupted and may hang for half a minute while the network is down. asio's resolvers of one context
-// share one thread, on which it would hold up every other connection's. Here each has a thread, up to kMaxLookUpThreads in
-// the process; when all of them hang, the next one waits for the first that ends.
+// A look-up cannot be interrupted and may hang for half a minute while the network is down. asio's resolvers of one
+// context share one thread, on which it would hold up every other connection's. Here each has a thread, up to
+// kMaxLookUpThreads in the process; when all of them hang, the next one waits for the first that ends.
 //
 // Threads: LookUp on the context's thread; the handler is called and destroyed there, never from inside LookUp.
 // Ownership: the context stays at work, and so alive, until the handler has been called.

@@ -66,8 +66,8 @@ Pool& ThePool() {
   return pool;
 }
 
-// The one thing in the pool that lies on the heap without a share, given back when the library is unloaded. A thread that
-// still ends by itself then has a pointer of its own to it.
+// The one thing in the pool that lies on the heap without a share, given back when the library is unloaded. A thread
+// that still ends by itself then has a pointer of its own to it.
 const struct TrustKeeper {
   ~TrustKeeper() { ThePool().ForgetTrust(); }
 } trustKeeper;

@@ -1,8 +1,8 @@
 // A manager's share in an I/O thread. The process has at most one such thread a core, however many managers and
 // connections there are: the first managers start one each, the later ones join the one with the fewest.
 //
-// A notice that blocks holds up the other connections of its thread. When memory is short, a task that fails costs all of
-// them their attempt, for nobody knows whose operation went with it; each begins anew.
+// A notice that blocks holds up the other connections of its thread. When memory is short, a task that fails costs all
+// of them their attempt, for nobody knows whose operation went with it; each begins anew.
 //
 // Threads: as of the thread behind it; Stop from any. Ownership: the thread ends with the last share in it.
 #ifndef REFERENCE_WS_INTERFACE_SHARED_IO_THREAD_H

@@ -11,9 +11,9 @@
 
 namespace reference::ws {
 
-// Whom the connections trust: reference::AuthorityFile(), or the system's authorities when there is none. A context takes
-// half a millisecond to make, with the system's authorities up to a tenth of a second, and a hundred kilobytes; so one serves
-// until the file says something else.
+// Whom the connections trust: reference::AuthorityFile(), or the system's authorities when there is none. A context
+// takes half a millisecond to make, with the system's authorities up to a tenth of a second, and a hundred kilobytes;
+// so one serves until the file says something else.
 class TlsTrust {
  public:
   // The file is read each time, so that a corrected one takes effect; the system's authorities are read once. Throws

@@ -1,9 +1,9 @@
 // The controller: the one object behind all public interfaces. It owns one connection to a phone, from Init to release,
 // and is the sink of the HTTP service's and the WebSocket library's notices.
 //
-// Threads: the front end's calls, the HTTP service's notices and the WebSocket library's notices enter side by side. The
-// controller starts no thread. It calls out with no lock held but ispLock during a change of line; every other lock is
-// held for a moment only, and no two of ispLock and collectMutex together.
+// Threads: the front end's calls, the HTTP service's notices and the WebSocket library's notices enter side by side.
+// The controller starts no thread. It calls out with no lock held but ispLock during a change of line; every other lock
+// is held for a moment only, and no two of ispLock and collectMutex together.
 // Ownership: made by the factories as a shared pointer. The services get shared pointers to it as their sink; what it
 // holds itself it lets go in ReleasePhoneConnect, which the destructor calls.
 //

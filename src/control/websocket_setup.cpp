@@ -91,7 +91,8 @@ bool CQVDataControl::KeepOrDestroy(ws_interface::IWSManagerInterface& manager,
   return isKept;
 }
 
-// A session may be refreshed between the copy of its id for a new connection and the moment that connection can be found.
+// A session may be refreshed between the copy of its id for a new connection and the moment that connection can be
+// found.
 void CQVDataControl::TellNewerSessionIds(ws_interface::IWSInterface& connection, std::string told, Generation since) {
   for (std::string newest; (newest = sessionId.Copy()) != told && generation == since; told.swap(newest)) {
     connection.SetSessionId(newest.c_str());

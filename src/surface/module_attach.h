@@ -1,5 +1,5 @@
-// What happens when the process loads the library: the collector learns the SDK's type. Runs on the loading thread, under
-// the loader's lock; nothing is done when a thread comes or goes, or on unload.
+// What happens when the process loads the library: the collector learns the SDK's type. Runs on the loading thread,
+// under the loader's lock; nothing is done when a thread comes or goes, or on unload.
 //
 // Once loaded, the library stays until the process ends: the services hold objects that it made, a crash hook of its
 // among them, and their threads may still be in its code when the host frees it. Freeing it is harmless, and loading it

@@ -14,8 +14,8 @@
 
 namespace qv_data_interface {
 
-// Between two tries. Nothing tells when the lock is free: what could, costs more than the section that it guards. Sleeping
-// after a while lets a holder of lower priority run, which yielding never does.
+// Between two tries. Nothing tells when the lock is free: what could, costs more than the section that it guards.
+// Sleeping after a while lets a holder of lower priority run, which yielding never does.
 inline void GiveWay(std::size_t tries) {
   constexpr std::size_t kPatientTries = 100;
   if (tries < kPatientTries) {

@@ -1,5 +1,5 @@
-// Keeps the record that was let go last, so that the next one to be filled finds its texts and nodes in place: copying a
-// status into a fresh record allocates some fifteen times, into a used one hardly ever.
+// Keeps the record that was let go last, so that the next one to be filled finds its texts and nodes in place: copying
+// a status into a fresh record allocates some fifteen times, into a used one hardly ever.
 //
 // Threads: every operation, and the end of a record, from any thread. Ownership: the shelf lives as long as it or a
 // record of it is in use; it keeps one record at most.

@@ -102,7 +102,9 @@ using std::size_t;
   void* operator new keyword(size_t size) { return AllocateOrThrow(size, kPlain); } \
   void* operator new keyword(size_t size, align_val_t align) { return AllocateOrThrow(size, Bytes(align)); } \
   void* operator new keyword(size_t size, const nothrow_t&) noexcept { return Allocate(size, kPlain); } \
-  void* operator new keyword(size_t size, align_val_t align, const nothrow_t&) noexcept { return Allocate(size, Bytes(align)); } \
+  void* operator new keyword(size_t size, align_val_t align, const nothrow_t&) noexcept { \
+    return Allocate(size, Bytes(align)); \
+  } \
   void operator delete keyword(void* block) noexcept { Free(block); } \
   void operator delete keyword(void* block, size_t) noexcept { Free(block); } \
   void operator delete keyword(void* block, align_val_t) noexcept { Free(block); } \

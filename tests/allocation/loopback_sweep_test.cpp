@@ -1,5 +1,5 @@
-// Every allocation of a connection's whole life fails, over the reference services and a cloud: in the front end's calls
-// and on the services' threads alike. The cloud's own thread never fails.
+// Every allocation of a connection's whole life fails, over the reference services and a cloud: in the front end's
+// calls and on the services' threads alike. The cloud's own thread never fails.
 #include <algorithm>
 #include <fstream>
 #include <iostream>

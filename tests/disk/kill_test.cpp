@@ -1,5 +1,5 @@
-// A process that saves and loads without pause ends at any moment, with nothing closed or flushed, and loses nothing that
-// it was told is stored. This program is that process, too, when its argument is the data directory.
+// A process that saves and loads without pause ends at any moment, with nothing closed or flushed, and loses nothing
+// that it was told is stored. This program is that process, too, when its argument is the data directory.
 #include <gtest/gtest.h>
 
 #include <algorithm>

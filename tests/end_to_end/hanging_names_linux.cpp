@@ -1,5 +1,5 @@
-// A resolver that takes the place of the system's in the whole process, and keeps whoever asks for a name that begins with
-// "hanging." waiting.
+// A resolver that takes the place of the system's in the whole process, and keeps whoever asks for a name that begins
+// with "hanging." waiting.
 #include <dlfcn.h>
 #include <netdb.h>
 

@@ -1,6 +1,6 @@
-// Everything that can go wrong on the way, at every step of both hand-shakes: the wait ends by its time-out, the front end
-// hears the right code, a release at that moment is prompt, and afterwards the same controller connects. A peer that must
-// not be trusted gets nothing.
+// Everything that can go wrong on the way, at every step of both hand-shakes: the wait ends by its time-out, the front
+// end hears the right code, a release at that moment is prompt, and afterwards the same controller connects. A peer
+// that must not be trusted gets nothing.
 #include <algorithm>
 #include <regex>
 

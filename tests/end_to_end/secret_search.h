@@ -1,5 +1,5 @@
-// Finds secrets where none may be: as they are, in Base64 at each of its three alignments, in hexadecimal, and as part of
-// a URL.
+// Finds secrets where none may be: as they are, in Base64 at each of its three alignments, in hexadecimal, and as part
+// of a URL.
 //
 // Threads: constant after construction. Ownership: a value.
 #ifndef TESTS_END_TO_END_SECRET_SEARCH_H

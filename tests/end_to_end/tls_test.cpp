@@ -1,5 +1,5 @@
-// That the clients read whom they trust anew for each connect. The peers that must not be trusted are rows of the network
-// faults.
+// That the clients read whom they trust anew for each connect. The peers that must not be trusted are rows of the
+// network faults.
 #include <filesystem>
 #include <fstream>
 

@@ -1,7 +1,8 @@
 // Tests whose outcome is a transcript: each step, every call that the library makes to its surroundings in it, each
 // field of the gathered status when it changes, and the step's result. What it must be stands in
-// transcripts/SUITE.TEST.txt, of a test with parameters in SUITE.TEST.PARAMETER.txt. For whoever changes a rule: with QV_WRITE_TRANSCRIPTS=1 in the environment the test writes
-// that file anew and fails, and `git diff` shows what became of the rule.
+// transcripts/SUITE.TEST.txt, of a test with parameters in SUITE.TEST.PARAMETER.txt. For whoever changes a rule: with
+// QV_WRITE_TRANSCRIPTS=1 in the environment the test writes that file anew and fails, and `git diff` shows what became
+// of the rule.
 //
 // Threads: the test's only. Ownership: a transcript lasts as long as its test.
 #ifndef TESTS_LIBRARY_TRANSCRIPT_H

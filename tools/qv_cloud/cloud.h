@@ -27,8 +27,8 @@ inline constexpr std::int32_t kSessionRefused = 60101001;
 // The error after which the frames pause until the client goes on with a renewed session.
 inline constexpr std::uint32_t kSessionExpired = 60103013;
 
-// The server sends the intermediate authority's certificate with its own, except with missingIntermediate. oldProtocol: a
-// valid certificate, but nothing newer than TLS 1.1.
+// The server sends the intermediate authority's certificate with its own, except with missingIntermediate. oldProtocol:
+// a valid certificate, but nothing newer than TLS 1.1.
 enum class ServedCertificate {
   valid,
   expired,

@@ -245,7 +245,8 @@ std::string Connection::SeeLog() const {
 }
 
 Outcome Connection::Failed(std::string message) const {
-  // It is tried again until shortly before its end, also where a cloud has started anew meanwhile and knows nothing of it.
+  // It is tried again until shortly before its end, also where a cloud has started anew meanwhile and knows nothing of
+  // it.
   if (sessionFromCache && !firstFrameMs) {
     message +=
         "; the session came from the cache, remove session_cache.db from the data directory to ask for a new one";

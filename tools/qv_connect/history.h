@@ -56,8 +56,8 @@ const StoredConnection* FindThis(const std::vector<StoredConnection>& newestFirs
 // The last connection before sinceMs that reached its first frame; null when there is none.
 const StoredConnection* FindBefore(const std::vector<StoredConnection>& newestFirst, std::int64_t sinceMs);
 
-// A message is a snapshot of all milestones so far, and a later change of line replaces some of them: these are those of
-// the first frame or, when the connection did not come so far, of the attempt that came furthest.
+// A message is a snapshot of all milestones so far, and a later change of line replaces some of them: these are those
+// of the first frame or, when the connection did not come so far, of the attempt that came furthest.
 const Milestones& MilestonesOf(const StoredConnection& connection);
 
 // In the same order.

@@ -9,9 +9,9 @@
 
 namespace qv_connect {
 
-// Under a temporary name beside it that then takes its place, so that nobody reads half of it; of a link, beside what it
-// leads to. Only a file is replaced. Returns why it could not be written, and what was there before is left alone; empty
-// when it was written.
+// Under a temporary name beside it that then takes its place, so that nobody reads half of it; of a link, beside what
+// it leads to. Only a file is replaced. Returns why it could not be written, and what was there before is left alone;
+// empty when it was written.
 std::string WriteFile(const std::filesystem::path& file, const std::string& text);
 
 }  // namespace qv_connect

@@ -32,7 +32,8 @@ std::string DrawReport(const Report& report, const DrawStyle& style);
 
 std::string JsonReport(const Report& report);
 
-// This connection, which began at or after sinceMs, and those before: an HTML page. nowMs, too, is since 1970-01-01 UTC.
+// This connection, which began at or after sinceMs, and those before: an HTML page. nowMs, too, is since 1970-01-01
+// UTC.
 std::string PageReport(const Report& report, const std::vector<StoredConnection>& newestFirst, std::int64_t sinceMs,
                        std::int64_t nowMs);
 
