@@ -36,6 +36,9 @@ using std::chrono::steady_clock;
 
 constexpr char kTag[] = "[REFERENCE_COLLECT_INTERFACE]";
 constexpr std::chrono::minutes kBetweenLines{1};
+constexpr milliseconds kLeastFlush{200};
+// Between the end of the last attempt and that of the thread.
+constexpr milliseconds kTimeToEnd{50};
 
 struct MultiDeleter {
   void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
@@ -81,7 +84,7 @@ class TraceExporter::Loop : public std::enable_shared_from_this<TraceExporter::L
   explicit Loop(const TraceBounds& bounds) : bounds(bounds) { batch.reserve(kMaxBatch); }
 
   void Submit(ConnectionTrace trace);
-  void Hurry();
+  void Hurry(steady_clock::time_point end);
   std::uint64_t Dropped() const;
 
  private:
@@ -149,9 +152,10 @@ void TraceExporter::Loop::Submit(ConnectionTrace trace) {
 
 void TraceExporter::Loop::StartLocked() {
   try {
-    std::thread([self = shared_from_this(), ticket = reference::ServiceThreadTicket([self = weak_from_this()] {
-                                              if (const auto loop = self.lock()) loop->Hurry();
-                                            })]() mutable {
+    std::thread([self = shared_from_this(),
+                 ticket = reference::ServiceThreadTicket([self = weak_from_this()](auto end) {
+                   if (const auto loop = self.lock()) loop->Hurry(end);
+                 })]() mutable {
       self->Run();
       // All of it before the ticket, which says that nothing of this thread is left.
       self.reset();
@@ -166,10 +170,12 @@ void TraceExporter::Loop::StartLocked() {
   }
 }
 
-void TraceExporter::Loop::Hurry() {
+void TraceExporter::Loop::Hurry(steady_clock::time_point end) {
   const std::lock_guard<std::mutex> lock(queueMutex);
   if (!isRunning || endBy) return;
-  endBy = steady_clock::now() + bounds.flush;
+  const auto now = steady_clock::now();
+  // Even who has no patience leaves time for one attempt.
+  endBy = std::clamp(end - kTimeToEnd, now + std::min(kLeastFlush, bounds.flush), now + bounds.flush);
   if (waker != nullptr) curl_multi_wakeup(waker);
   hurried.notify_all();
 }
@@ -311,7 +317,7 @@ void TraceExporter::Submit(ConnectionTrace trace) noexcept {
 }
 
 void TraceExporter::Stop() {
-  loop->Hurry();
+  loop->Hurry(steady_clock::now());
 }
 
 std::uint64_t TraceExporter::Dropped() const {

@@ -4,7 +4,8 @@
 // tells of it, one a minute at most.
 //
 // Threads: Submit and Stop from any thread; neither waits for the network. A host that waits for the services' threads
-// (WaitForServiceThreads) has the thread end within TraceBounds::flush: what is left is tried once more, then dropped.
+// (WaitForServiceThreads) has the thread end within its patience, or TraceBounds::flush when that is shorter: what is left
+// is tried once more, then dropped.
 // Ownership: the thread owns what it works on together with this object, so this object may die at any time.
 #ifndef REFERENCE_COLLECT_INTERFACE_TRACE_EXPORTER_H
 #define REFERENCE_COLLECT_INTERFACE_TRACE_EXPORTER_H
@@ -29,7 +30,7 @@ struct TraceBounds {
   std::chrono::milliseconds firstPause{1000};
   // A collector that asks for a longer one costs the batch.
   std::chrono::milliseconds longestPause{30000};
-  std::chrono::milliseconds flush{200};
+  std::chrono::milliseconds flush{2000};
 };
 
 class TraceExporter {
@@ -40,7 +41,7 @@ class TraceExporter {
   TraceExporter& operator=(const TraceExporter&) = delete;
 
   void Submit(ConnectionTrace trace) noexcept;
-  // Lets a running thread end within TraceBounds::flush. A later Submit starts another.
+  // Lets a running thread end soon. A later Submit starts another.
   void Stop();
   // Since the beginning.
   std::uint64_t Dropped() const;

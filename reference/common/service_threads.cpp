@@ -13,7 +13,7 @@ struct Count {
   std::condition_variable changed;
   int running = 0;
   // By rising numbers from 1.
-  std::map<std::uint64_t, std::function<void()>> hurries;
+  std::map<std::uint64_t, HurryThread> hurries;
   std::uint64_t lastNumber = 0;
 };
 
@@ -31,7 +31,7 @@ ServiceThreadTicket::ServiceThreadTicket() {
   ++count.running;
 }
 
-ServiceThreadTicket::ServiceThreadTicket(std::function<void()> hurry) {
+ServiceThreadTicket::ServiceThreadTicket(HurryThread hurry) {
   Count& count = TheCount();
   const std::lock_guard<std::mutex> lock(count.mutex);
   count.hurries.emplace(count.lastNumber + 1, std::move(hurry));
@@ -44,7 +44,7 @@ ServiceThreadTicket::~ServiceThreadTicket() {
   if (!isHeld) return;
   Count& count = TheCount();
   // Destroyed after the lock, with whatever it holds.
-  std::map<std::uint64_t, std::function<void()>>::node_type hurry;
+  std::map<std::uint64_t, HurryThread>::node_type hurry;
   const std::lock_guard<std::mutex> lock(count.mutex);
   hurry = count.hurries.extract(hurryNumber);
   --count.running;
@@ -67,9 +67,9 @@ bool WaitForServiceThreads(std::chrono::milliseconds timeout) {
       continue;
     }
     told = next->first;
-    const std::function<void()> hurry = next->second;
+    const HurryThread hurry = next->second;
     lock.unlock();
-    hurry();
+    hurry(end);
     lock.lock();
   }
   return count.running == 0;

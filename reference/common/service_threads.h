@@ -15,13 +15,16 @@
 
 namespace reference {
 
+/// What makes a thread end by that time, or soon after it.
+using HurryThread = std::function<void(std::chrono::steady_clock::time_point end)>;
+
 /// Held by a thread of a service from before it starts until its last step.
 class REFERENCE_COMMON_API ServiceThreadTicket {
  public:
   ServiceThreadTicket();
-  /// Of a thread that would take its time: hurry is called when a host waits for the threads, on the host's thread, and
-  /// makes this one end soon. It may be called once more when the ticket is gone already.
-  explicit ServiceThreadTicket(std::function<void()> hurry);
+  /// Of a thread that would take its time: hurry is called when a host waits for the threads, on the host's thread, with
+  /// the end of its patience. It may be called once more when the ticket is gone already.
+  explicit ServiceThreadTicket(HurryThread hurry);
   ~ServiceThreadTicket();
   /// The other one then holds nothing.
   ServiceThreadTicket(ServiceThreadTicket&& other) noexcept;
