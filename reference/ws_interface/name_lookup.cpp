@@ -3,11 +3,10 @@
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/post.hpp>
 #include <chrono>
+#include <deque>
 #include <exception>
-#include <list>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <thread>
 #include <utility>
 
@@ -88,15 +87,12 @@ class Crew {
 
   std::mutex mutex;
   std::size_t threads = 0;
-  // A list, for it needs no memory when it is empty.
-  std::list<std::shared_ptr<Question>> waiting;
+  std::deque<std::shared_ptr<Question>> waiting;
 };
 
-// Never destroyed, for a look-up may outlast everything else; and no memory of the heap, which would be lost each time
-// the library is loaded and unloaded.
+// Never destroyed, for a look-up may outlast everything else; and the library stays loaded until the process ends.
 Crew& TheCrew() {
-  alignas(Crew) static std::byte storage[sizeof(Crew)];
-  static Crew& crew = *new (storage) Crew;
+  static Crew& crew = *new Crew;
   return crew;
 }
 

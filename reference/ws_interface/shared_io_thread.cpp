@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <mutex>
-#include <new>
 #include <thread>
 #include <utility>
 
@@ -36,11 +35,6 @@ class Pool {
     return ending;
   }
 
-  void ForgetTrust() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    trust.reset();
-  }
-
  private:
   struct Seat {
     std::shared_ptr<IoThread> thread;
@@ -58,19 +52,11 @@ class Pool {
   std::array<Seat, kSeats> seats;
 };
 
-// Never destroyed, for a share may be given back while the process ends; and no memory of the heap, which would be lost
-// each time the library is loaded and unloaded.
+// Never destroyed, for a share may be given back while the process ends; and the library stays loaded until then.
 Pool& ThePool() {
-  alignas(Pool) static std::byte storage[sizeof(Pool)];
-  static Pool& pool = *new (storage) Pool;
+  static Pool& pool = *new Pool;
   return pool;
 }
-
-// The one thing in the pool that lies on the heap without a share, given back when the library is unloaded. A thread
-// that still ends by itself then has a pointer of its own to it.
-const struct TrustKeeper {
-  ~TrustKeeper() { ThePool().ForgetTrust(); }
-} trustKeeper;
 
 }  // namespace
 
