@@ -1,8 +1,5 @@
 // That the clients read whom they trust anew for each connect. The peers that must not be trusted are rows of the
 // network faults.
-#include <filesystem>
-#include <fstream>
-
 #include "reference/common/settings.h"
 #include "tests/end_to_end/end_to_end.h"
 
@@ -17,13 +14,13 @@ TEST_F(Tls, TheTrustIsReadForEachConnect) {
   ASSERT_TRUE(ConnectToFirstFrame());
   controller->ReleasePhoneConnect();
   const std::filesystem::path file = directory / "authority.pem";
-  std::ofstream(file) << "nobody";
+  tests::WriteFile(file, "nobody");
   reference::SetAuthorityFile(file);
   Connect();
   ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
   EXPECT_EQ(frontEnd->notices.Count(kStands), 0U);
   EXPECT_EQ(Stats().authentications, 1U);
-  std::filesystem::copy_file(cloud->AuthorityFile(), file, std::filesystem::copy_options::overwrite_existing);
+  tests::WriteFile(file, ReadFile(cloud->AuthorityFile()));
   EXPECT_TRUE(frontEnd->notices.WaitFor(kStands)) << "an attempt after the file was corrected succeeds";
   controller->ReleasePhoneConnect();
   reference::SetAuthorityFile(directory / "missing.pem");
