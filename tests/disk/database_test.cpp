@@ -7,6 +7,7 @@
 #include <fstream>
 #include <list>
 #include <map>
+#include <mutex>
 
 #include "reference/common/settings.h"
 #include "reference/common/sqlite.h"
@@ -30,7 +31,9 @@ void WatchDisk() {
   watching.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags) {
     const int result = system->xOpen(system, name, file, flags, outFlags);
     if (file->pMethods == nullptr) return result;
-    // Never destroyed: the services close no database when the process ends.
+    // The services open their databases side by side. Never destroyed: they close none when the process ends.
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
     static auto& watched = *new std::map<const sqlite3_io_methods*, sqlite3_io_methods>;
     const auto [entry, isNew] = watched.emplace(file->pMethods, *file->pMethods);
     if (isNew) systemWrite = file->pMethods->xWrite;

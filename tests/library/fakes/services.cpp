@@ -223,7 +223,7 @@ struct FakeManager final : IWSManagerInterface {
                                          U64 reserved) override {
     const Uncounted own;
     Record("wsManager.CreateWS", url);
-    if (State().createWsFails) return nullptr;
+    if (Locked([](Services& state) { return state.createWsFails; })) return nullptr;
     const std::string records = Written(credential1, *connectInfo, *videoInfo, *defaultParam, *systemParam, reserved);
     return Locked([&](Services& state) {
       const auto made = std::make_shared<FakeConnection>(state.connections.size() + 1);

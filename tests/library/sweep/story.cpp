@@ -13,7 +13,11 @@ std::int32_t ReleaseAndInit(LibraryTest& test) {
 
 std::int32_t Reconnect(LibraryTest& test) {
   if (ReleaseAndInit(test) != 0) return -1;
-  test.Services().createWsFails = false;
+  {
+    // The story may be in CreateWS.
+    const std::lock_guard lock(fakes::StateMutex());
+    test.Services().createWsFails = false;
+  }
   if (test.controller->GetPhoneConnect() != 0) throw std::runtime_error("GetPhoneConnect is refused");
   if (!test.CommandsAreOpen()) test.Grant();
   test.controller->ChangeIsp(1);
