@@ -184,7 +184,8 @@ constexpr Harm kHarms[] = {
      " cannot be used: file is not a database; it is moved aside", true},
 };
 
-INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms), kNameOf);
+INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms),
+                         [](const auto& tested) -> std::string { return tested.param.name; });
 
 TEST_F(DiskTest, ARowThatAnotherKeyHasMadeCostsARequestAndOneLineAndIsReplaced) {
   FillAndCopy();

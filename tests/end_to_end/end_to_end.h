@@ -120,16 +120,6 @@ qv_cloud::Faults With(Member qv_cloud::Faults::*member, std::type_identity_t<Mem
   return faults;
 }
 
-// The rows of a parameterised test are named.
-template <class Row>
-requires requires(const Row& row) {
-  row.name;
-}
-void PrintTo(const Row& row, std::ostream* out) {
-  *out << row.name;
-}
-inline constexpr auto kNameOf = [](const auto& tested) -> std::string { return tested.param.name; };
-
 std::filesystem::path LogDirectory();
 
 }  // namespace end_to_end
