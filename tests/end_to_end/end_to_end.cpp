@@ -107,9 +107,9 @@ bool EndToEnd::ConnectToFirstFrame() {
   return frontEnd->notices.WaitFor(kFirstFrame);
 }
 
-bool EndToEnd::ReleaseIsPrompt() {
+bool EndToEnd::ReleaseIsPrompt(qv_data_interface::IQVDataInterface& controller) {
   const auto begin = std::chrono::steady_clock::now();
-  controller->ReleasePhoneConnect();
+  controller.ReleasePhoneConnect();
   return std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(500);
 }
 

@@ -75,7 +75,8 @@ class EndToEnd : public testing::Test {
   void Connect(FrontEnd::Reaction reaction = {});
   [[nodiscard]] bool ConnectToFirstFrame();
   // Releases and says whether that took less than half a second; then no notice may be under way.
-  [[nodiscard]] bool ReleaseIsPrompt();
+  [[nodiscard]] bool ReleaseIsPrompt() { return ReleaseIsPrompt(*controller); }
+  [[nodiscard]] static bool ReleaseIsPrompt(qv_data_interface::IQVDataInterface& controller);
 
   [[nodiscard]] bool CloudSees(const std::function<bool(const qv_cloud::CloudStats&)>& condition) const;
   // Says whether that many signalling connections, and no others, stand at the cloud.
