@@ -8,8 +8,13 @@ namespace {
 
 using pass_interface::MessageCollectBaseData;
 using pass_interface::MessageCollectStatusData;
+using reference::sqlite::Connection;
+using reference::sqlite::Rows;
+using Milestones = decltype(MessageCollectStatusData::milestones);
 
 constexpr std::int64_t kMessagesBetweenPrunes = 256;
+// So many statements are prepared at most.
+constexpr int kMilestonesAtOnce = 16;
 
 constexpr char kInsertMessage[] = R"(
   INSERT INTO messages (
@@ -30,6 +35,26 @@ MessageCollectStatusData StatusOf(const MessageCollectBaseData* data) {
   return status;
 }
 
+// With one statement for many of them, which takes half the time of one each.
+void InsertMilestones(Connection& database, std::int64_t messageId, const Milestones& milestones) {
+  for (auto next = milestones.begin(); next != milestones.end();) {
+    std::string sql = "INSERT OR REPLACE INTO milestones (message_id, name, time) VALUES ";
+    const auto begin = next;
+    for (int count = 0; count < kMilestonesAtOnce && next != milestones.end(); ++count, ++next) {
+      sql += count == 0 ? "(?1, ?, ?)" : ", (?1, ?, ?)";
+    }
+    const auto insert = [&](Rows& rows) {
+      int index = 1;
+      for (auto each = begin; each != next; ++each) {
+        rows.Bind(++index, Bounded(each->first));
+        rows.Bind(++index, each->second);
+      }
+      rows.Next();
+    };
+    database.Query(sql.c_str(), insert, messageId);
+  }
+}
+
 }  // namespace
 
 std::string_view Bounded(std::string_view text) {
@@ -39,8 +64,7 @@ std::string_view Bounded(std::string_view text) {
   return text.substr(0, end);
 }
 
-void InsertMessage(reference::sqlite::Connection& database, const pass_interface::MessageCollect& message,
-                   std::string_view sdkType) {
+void InsertMessage(Connection& database, const pass_interface::MessageCollect& message, std::string_view sdkType) {
   const MessageCollectStatusData status = StatusOf(message.data.get());
   database.Run(kInsertMessage, Bounded(sdkType), message.collectType, message.collectStatus, message.defaultMode,
                message.timestamp, Bounded(message.tag), SessionDigest(status.sessionId), Bounded(status.targetId),
@@ -50,10 +74,7 @@ void InsertMessage(reference::sqlite::Connection& database, const pass_interface
                status.connectingTime, status.disconnectedTime, status.connectedTime, status.connectedFlag,
                Bounded(status.detailText), Bounded(status.extraText), Bounded(status.processName));
   const std::int64_t id = database.LastRowId();
-  for (const auto& [name, time] : status.milestones) {
-    database.Run("INSERT OR REPLACE INTO milestones (message_id, name, time) VALUES (?1, ?2, ?3)", id, Bounded(name),
-                 time);
-  }
+  InsertMilestones(database, id, status.milestones);
   if (id % kMessagesBetweenPrunes == 0) database.Run("DELETE FROM messages WHERE id <= ?1", id - kMaxMessages);
 }
 

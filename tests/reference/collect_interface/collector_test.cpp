@@ -98,6 +98,12 @@ TEST_F(CollectorTest, AMessageIsReadBackWithAllItsFieldsAndMilestones) {
                                                     "102|103|4|105|106|107|1|detail|extra|host|\n");
   EXPECT_EQ(Read("SELECT * FROM milestones ORDER BY time", 3),
             "1|startConnect|20|\n1|connectSucc|30|\n1|recvFirstFrame|1700000000000|\n");
+  // As many as an embedding SDK likes.
+  const auto status = FullStatus();
+  for (int i = 0; i < 40; ++i) status->milestones.emplace("step " + std::to_string(i), i);
+  Collector()->ReportMessageCollect(MessageWith(status));
+  EXPECT_EQ(Read("SELECT count(*), sum(time) FROM milestones WHERE name LIKE 'step %' AND message_id = 2", 2),
+            "40|780|\n");
 }
 
 TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeaderAndALongTextIsCutBetweenCharacters) {
