@@ -1,13 +1,14 @@
 // Whatever the disk has done to the databases, the connection comes about, without the cache where it cannot be used,
 // and the log names each database once.
 #include <sqlite3.h>
+#ifndef QV_NO_FULL_DISK
+#include <unistd.h>
+#endif
 
 #include <array>
-#include <atomic>
+#include <cerrno>
 #include <fstream>
 #include <list>
-#include <map>
-#include <mutex>
 
 #include "reference/common/settings.h"
 #include "reference/common/sqlite.h"
@@ -18,35 +19,20 @@ namespace {
 
 constexpr std::array kDatabases = {"session_cache.db", "collector.db"};
 
-std::atomic<bool> isDiskFull{false};
-
 #ifndef QV_NO_FULL_DISK
-// Stands between SQLite and the system from now on, also in the services. To be called before a database is opened.
-void WatchDisk() {
-  static sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
-  // The same for every kind of file.
-  static decltype(sqlite3_io_methods::xWrite) systemWrite = nullptr;
-  static sqlite3_vfs watching = *system;
-  watching.zName = "watching";
-  watching.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags) {
-    const int result = system->xOpen(system, name, file, flags, outFlags);
-    if (file->pMethods == nullptr) return result;
-    // The services open their databases side by side. Never destroyed: they close none when the process ends.
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    static auto& watched = *new std::map<const sqlite3_io_methods*, sqlite3_io_methods>;
-    const auto [entry, isNew] = watched.emplace(file->pMethods, *file->pMethods);
-    if (isNew) systemWrite = file->pMethods->xWrite;
-    entry->second.xWrite = [](sqlite3_file* written, const void* bytes, int count, sqlite3_int64 offset) {
-      return isDiskFull ? SQLITE_FULL : systemWrite(written, bytes, count, offset);
-    };
-    file->pMethods = &entry->second;
-    return result;
+// From then on, for everything that SQLite writes, also in the services.
+void FillDisk() {
+  constexpr auto full = [](int file, const void* bytes, std::size_t count, off_t offset) -> ssize_t {
+    // So the index beside the database grows; without, it would be another error.
+    if (count == 1) return ::pwrite(file, bytes, count, offset);
+    errno = ENOSPC;
+    return -1;
   };
-  sqlite3_vfs_register(&watching, 1);
+  sqlite3_vfs* const disk = sqlite3_vfs_find(nullptr);
+  for (const char* const call : {"pwrite", "pwrite64"}) {
+    disk->xSetSystemCall(disk, call, reinterpret_cast<sqlite3_syscall_ptr>(+full));
+  }
 }
-#else
-void WatchDisk() {}
 #endif
 
 class DiskTest;
@@ -64,7 +50,10 @@ class DiskTest : public EndToEnd {
  public:
   using EndToEnd::Sql;
 
-  ~DiskTest() override { isDiskFull = false; }
+  ~DiskTest() override {
+    sqlite3_vfs* const disk = sqlite3_vfs_find(nullptr);
+    disk->xSetSystemCall(disk, nullptr, nullptr);
+  }
 
   template <class Do>
   void ForEachFile(Do&& work) {
@@ -83,7 +72,7 @@ class DiskTest : public EndToEnd {
 
  protected:
   // Copies of the databases that the services have filled, which they have not opened yet.
-  void FillAndCopy() {
+  void SetUp() override {
     StartCloud();
     ASSERT_TRUE(ConnectToFirstFrame());
     controller->ReleasePhoneConnect();
@@ -109,8 +98,6 @@ class DiskTest : public EndToEnd {
 class HarmedDatabase : public DiskTest, public testing::WithParamInterface<Harm> {};
 
 TEST_P(HarmedDatabase, CostsTheCacheAndOneLineOfTheLogAndNothingElse) {
-  WatchDisk();
-  FillAndCopy();
   GetParam().inflict(*this);
   ASSERT_FALSE(HasFailure());
   reference::SetDataDirectory(harmed);
@@ -167,7 +154,7 @@ constexpr Harm kHarms[] = {
     {"Full",
      [](DiskTest& test) {
        Empty(test);
-       isDiskFull = true;
+       FillDisk();
      },
      " cannot be used: database or disk is full", false},
 #endif
@@ -188,7 +175,6 @@ INSTANTIATE_TEST_SUITE_P(All, HarmedDatabase, testing::ValuesIn(kHarms),
                          [](const auto& tested) -> std::string { return tested.param.name; });
 
 TEST_F(DiskTest, ARowThatAnotherKeyHasMadeCostsARequestAndOneLineAndIsReplaced) {
-  FillAndCopy();
   Sql("harmed/session_cache.db", "UPDATE session_cache SET cipher_text = '" + std::string(768, 'A') + "'");
   reference::SetDataDirectory(harmed);
   for (int connects = 0; connects < 2; ++connects) {
