@@ -1,8 +1,11 @@
+// Each crash is one of this program as its own child: reference_base_tests DIRECTORY WAY.
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <thread>
 
+#include "base/mini_jump.h"
 #include "tests/reference/common/temporary_directory.h"
 
 #ifdef _WIN32
@@ -16,6 +19,8 @@
 
 namespace {
 
+const char* thisProgram = nullptr;
+
 struct Crash {
   const char* way;
   int signalNumber;
@@ -26,13 +31,37 @@ struct Crash {
 constexpr unsigned long kAccessViolation = 0xC0000005;
 constexpr unsigned long kFatalApplicationExit = 0x40000015;
 
+#ifdef __GNUC__
+__attribute__((no_sanitize("undefined")))
+#endif
+void WriteToNowhere() {
+  volatile int* volatile nowhere = nullptr;
+  *nowhere = 1;
+}
+
+// The callback leaves the dump's path in callback.txt.
+int CrashIn(const std::filesystem::path& directory, const std::string& way) {
+  const auto leavePath = [=](const char* dump) {
+    std::ofstream(directory / "callback.txt", std::ios::app) << dump << '\n';
+    if (way == "fault in the callback") WriteToNowhere();
+  };
+  if (way == "after a replacement") {
+    base::IMiniJump::GenerateMiniDump((directory / "first").string().c_str(), [](const char*) {});
+  }
+  base::IMiniJump::GenerateMiniDump((directory / "dumps").string().c_str(), leavePath);
+  if (way == "abort") std::abort();
+  if (way == "thread") std::thread(WriteToNowhere).join();
+  WriteToNowhere();
+  return EXIT_SUCCESS;
+}
+
 std::string Quoted(const std::string& text) {
   return '"' + text + '"';
 }
 
 // How the child ended: its signal, or where there are none, just not in peace.
 void RunUntilItCrashes(const std::filesystem::path& directory, const Crash& crash) {
-  const std::string command = Quoted(CRASH_CHILD) + " " + Quoted(directory.string()) + " " + Quoted(crash.way);
+  const std::string command = Quoted(thisProgram) + " " + Quoted(directory.string()) + " " + Quoted(crash.way);
 #ifdef _WIN32
   EXPECT_NE(std::system(Quoted(command).c_str()), 0);
 #else
@@ -51,7 +80,7 @@ void CheckDump(std::string dump, const Crash& crash) {
     EXPECT_NE(dump.find(content), std::string::npos) << content << " is missing in\n" << dump;
   }
   // The crashed function's own frame, so the backtrace went through the signal frame.
-  EXPECT_NE(dump.find("reference_base_crash_child", dump.find("\nbacktrace\n")), std::string::npos) << dump;
+  EXPECT_NE(dump.find("reference_base_tests", dump.find("\nbacktrace\n")), std::string::npos) << dump;
 #endif
 }
 
@@ -74,3 +103,10 @@ TEST(CrashDumpTest, EveryCrashLeavesADumpAndItsPathAndThenTheDefaultActionRuns) 
 }
 
 }  // namespace
+
+int main(int argumentCount, char** arguments) {
+  testing::InitGoogleTest(&argumentCount, arguments);
+  if (argumentCount == 3) return CrashIn(arguments[1], arguments[2]);
+  thisProgram = arguments[0];
+  return RUN_ALL_TESTS();
+}
