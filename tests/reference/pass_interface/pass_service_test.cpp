@@ -14,7 +14,6 @@
 #include "pass_interface/pass_interface.h"
 #include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
-#include "tests/reference/common/moment.h"
 #include "tests/reference/common/notice_record.h"
 
 namespace {
@@ -23,7 +22,6 @@ using namespace pass_interface;
 using boost::asio::ip::tcp;
 
 using tests::kPatience;
-using tests::Moment;
 
 // A port of the loopback interface. While it lives connections to it succeed, and it answers none by itself.
 class Listener {
@@ -163,15 +161,14 @@ TEST_F(PassServiceTest, AStoppedServiceRefusesRequestsUntilAFurtherInitialise) {
 
 TEST_F(PassServiceTest, InitialiseInsideANoticeEndsTheOldRequestsAndServesTheNew) {
   const std::string url = RefusingUrl();
-  Moment done;
   int rounds = 0;
   sink->inside = [&](const std::string&) {
-    if (++rounds == 3) return done.Come();
+    if (++rounds == 3) return;
     EXPECT_EQ(Initialise(*service, url, sink), 0);
     EXPECT_EQ(Connect(*service), 0);
   };
   InitialiseAndConnect(url);
-  EXPECT_TRUE(done.Await());
+  EXPECT_TRUE(sink->WaitFor(kCouldNotConnect, 3));
   service->Stop();
 }
 
