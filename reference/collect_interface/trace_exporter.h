@@ -4,8 +4,8 @@
 // tells of it, one a minute at most.
 //
 // Threads: Submit and Stop from any thread; neither waits for the network. A host that waits for the services' threads
-// (WaitForServiceThreads) has the thread end within its patience, or TraceBounds::flush when that is shorter: what is left
-// is tried once more, then dropped.
+// (WaitForServiceThreads) has the thread end within its patience, or TraceBounds::flush when that is shorter: what is
+// left is tried once more, then dropped.
 // Ownership: the thread owns what it works on together with this object, so this object may die at any time.
 #ifndef REFERENCE_COLLECT_INTERFACE_TRACE_EXPORTER_H
 #define REFERENCE_COLLECT_INTERFACE_TRACE_EXPORTER_H

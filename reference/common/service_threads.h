@@ -22,8 +22,8 @@ using HurryThread = std::function<void(std::chrono::steady_clock::time_point end
 class REFERENCE_COMMON_API ServiceThreadTicket {
  public:
   ServiceThreadTicket();
-  /// Of a thread that would take its time: hurry is called when a host waits for the threads, on the host's thread, with
-  /// the end of its patience. It may be called once more when the ticket is gone already.
+  /// Of a thread that would take its time: hurry is called when a host waits for the threads, on the host's thread,
+  /// with the end of its patience. It may be called once more when the ticket is gone already.
   explicit ServiceThreadTicket(HurryThread hurry);
   ~ServiceThreadTicket();
   /// The other one then holds nothing.

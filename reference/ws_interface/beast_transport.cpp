@@ -81,6 +81,7 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
   void Close() noexcept override {
     closed = true;
+    lookUp.reset();
     // Without a closing hand-shake: it would wait for a peer that may be the reason for closing.
     if (stream) beast::get_lowest_layer(*stream).close();
   }
@@ -171,12 +172,12 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
 
   void Resolve() {
     const Endpoint& first = proxy ? *proxy : endpoint;
-    LookUp(context, first.host, first.port,
-           Handler([](BeastTransport& self, error_code error, const Addresses& addresses) {
-             if (error) return self.Fail(error);
-             self.Tell([](TransportSink& held) { held.OnResolved(); });
-             if (!self.closed) self.Connect(addresses);
-           }));
+    lookUp = LookUp(context, first.host, first.port,
+                    Handler([](BeastTransport& self, error_code error, const Addresses& addresses) {
+                      if (error) return self.Fail(error);
+                      self.Tell([](TransportSink& held) { held.OnResolved(); });
+                      if (!self.closed) self.Connect(addresses);
+                    }));
   }
 
   void Connect(const Addresses& addresses) {
@@ -276,6 +277,8 @@ class BeastTransport final : public Transport, public std::enable_shared_from_th
   std::weak_ptr<TransportSink> sink;
   const char* stage = "waiting";
   bool closed = false;
+  // The wish for its answer.
+  std::shared_ptr<const void> lookUp;
   std::optional<Endpoint> proxy;
   std::optional<Tunnel> tunnel;
   // Outlives the stream that refers to it.

@@ -48,13 +48,22 @@ bool TryToAnswer(const std::shared_ptr<Question>& question) {
   }
 }
 
-void Ask(const std::shared_ptr<Question>& question) {
+void LookUpNow(const std::shared_ptr<Question>& question) {
   question->error = asio::error::no_memory;
   Guarded(kLogTag, "a name's look-up", [&] {
     asio::io_context own(1);
     question->addresses =
         tcp::resolver(own).resolve(question->host, question->port, tcp::resolver::numeric_service, question->error);
   });
+}
+
+void Ask(const std::shared_ptr<Question>& question) {
+  const bool isWanted = question.use_count() > 1;
+  if (isWanted) {
+    LookUpNow(question);
+  } else {
+    question->error = asio::error::operation_aborted;
+  }
   // The context waits for the answer, however long there is no memory for handing it over, and nothing tells when there
   // is some again.
   while (!TryToAnswer(question)) std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -98,16 +107,19 @@ Crew& TheCrew() {
 
 }  // namespace
 
-void LookUp(asio::io_context& context, const std::string& host, std::uint16_t port, LookUpHandler handler) {
+std::shared_ptr<const void> LookUp(asio::io_context& context, const std::string& host, std::uint16_t port,
+                                   LookUpHandler handler) {
   auto question = std::make_shared<Question>(
       Question{asio::make_work_guard(context), host, std::to_string(port), std::move(handler), {}, {}});
   error_code notDigits;
   const asio::ip::address address = asio::ip::make_address(host, notDigits);
   if (!notDigits) {
     question->addresses = Addresses::create(tcp::endpoint(address, port), host, question->port);
-    return Answer(question);
+    Answer(question);
+  } else {
+    TheCrew().Take(question);
   }
-  TheCrew().Take(std::move(question));
+  return question;
 }
 
 }  // namespace reference::ws
