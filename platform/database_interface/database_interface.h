@@ -16,7 +16,7 @@ namespace database_interface {
 /// The session cache among the tables of the local database.
 class IDatabaseInterface {
  public:
-  /// The one of the process; never empty.
+  /// The one of the process. When it is empty, nothing is cached.
   SDK_DATABASE_INTERFACE_API static std::shared_ptr<IDatabaseInterface> GetDbInstance();
 
   /// Not used; keeps the places of the others.

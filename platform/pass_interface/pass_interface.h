@@ -17,7 +17,7 @@ namespace pass_interface {
 /// The HTTP service of one connection. Each answer is delivered once; after Stop none is.
 class IPassInterface {
  public:
-  /// A new, independent service; never empty.
+  /// A new, independent service. When it is empty, Init fails.
   SDK_PASS_INTERFACE_API static std::shared_ptr<IPassInterface> Create();
 
   /// httpValue1 and httpValue2 are in ms. reserved and enabled are handed on as they are. Returns 0, or a reason of the

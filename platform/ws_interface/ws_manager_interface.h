@@ -18,7 +18,7 @@ namespace ws_interface {
 /// The connections of one controller.
 class IWSManagerInterface {
  public:
-  /// A new, independent manager; never empty.
+  /// A new, independent manager. When it is empty, Init fails.
   SDK_WS_INTERFACE_API static std::shared_ptr<IWSManagerInterface> Create();
 
   /// value: handed on as it is; wsManagerValue is in ms. Returns 0, or a reason of the library's own. May be called
