@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "tests/library/fakes/uncounted.h"
+#include "tests/support/uncounted.h"
 
 namespace allocation {
 namespace {
@@ -34,7 +34,7 @@ bool IsToFail() {
 }
 
 void* Allocate(std::size_t size, std::size_t alignment) noexcept {
-  const bool counted = !fakes::Uncounted::IsInside();
+  const bool counted = !tests::Uncounted::IsInside();
   if (counted && IsToFail()) return nullptr;
   void* const origin = std::malloc(size + sizeof(Header) + alignment);
   if (origin == nullptr) return nullptr;

@@ -1,6 +1,6 @@
 // The operators new of the program: they can be told to fail, and they count what has not been freed.
 //
-// Threads: any; allocations count and fail on every thread that is not inside fakes::Uncounted. Ownership: none.
+// Threads: any; allocations count and fail on every thread that is not inside tests::Uncounted. Ownership: none.
 #ifndef TESTS_ALLOCATION_FAILING_ALLOCATIONS_H
 #define TESTS_ALLOCATION_FAILING_ALLOCATIONS_H
 
@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <new>
 
-#include "tests/library/fakes/uncounted.h"
+#include "tests/support/uncounted.h"
 
 namespace allocation {
 
@@ -27,7 +27,7 @@ std::int64_t Live();
 template <class Name, class Step>
 bool Do(const Name& name, Step&& step) {
   try {
-    const fakes::Counted counted;
+    const tests::Counted counted;
     step();
     return false;
   } catch (const std::bad_alloc&) {

@@ -11,8 +11,8 @@ namespace {
 
 using allocation::Do;
 using allocation::Mode;
-using fakes::Counted;
-using fakes::Uncounted;
+using tests::Counted;
+using tests::Uncounted;
 
 struct AllocationSweep : StoryTest, testing::WithParamInterface<std::tuple<Mode, bool>> {
   // Texts arrive whole or not at all: no part of a URL, of a session, or of a row for the cache.

@@ -10,18 +10,16 @@
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
 #include "tests/allocation/failing_allocations.h"
-#include "tests/allocation/listener.h"
 #include "tests/end_to_end/end_to_end.h"
-#include "tests/library/fakes/uncounted.h"
+#include "tests/support/uncounted.h"
 
 namespace end_to_end {
 namespace {
 
 using allocation::Do;
-using allocation::Listener;
 using allocation::Mode;
-using fakes::Counted;
-using fakes::Uncounted;
+using tests::Counted;
+using tests::Uncounted;
 
 // gtest's, on the main thread.
 const bool testsOwnThread = (Uncounted::RestOfThisThread(), true);
@@ -48,9 +46,27 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     system.wsManagerValue = system.httpValue1 = system.httpValue2 = 1000;
   }
 
-  std::int32_t InitListener() {
+  std::int32_t InitWithFrontEnd() {
     return controller->Init(credential1.c_str(), credential2.c_str(), credential3.c_str(), targetId.c_str(), 0,
-                            listener, &video, &system, kReconnectNumber, baseUrl.c_str());
+                            frontEnd, &video, &system, kReconnectNumber, baseUrl.c_str());
+  }
+
+  // A first frame, or a failure for good; an attempt, its end and its loss are followed by the next one.
+  static bool IsNews(const std::string& notice) {
+    const auto begins = [&notice](const char* text) { return notice.starts_with(text); };
+    return begins(kFirstFrame) ||
+           (begins("OnStatus") && !begins(kStands) && !begins(kConnecting) && !begins(kDisconnected));
+  }
+
+  // Waits for news, in vain ones excepted: isExcused is asked every now and then. False when neither came.
+  bool HearsNews(const std::function<bool()>& isExcused = [] { return false; }) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto hasCome = [](const Texts& notices) { return std::any_of(notices.begin(), notices.end(), IsNews); };
+    while (!frontEnd->notices.WaitUntil(hasCome, std::chrono::milliseconds(20)) && !isExcused()) {
+      if (std::chrono::steady_clock::now() > end) return false;
+    }
+    frontEnd->notices.Clear();
+    return true;
   }
 
   // Unless the caller was told, the front end hears of its connection, or a notice had no memory and the log says so.
@@ -61,12 +77,12 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
       const std::string log = ReadFile(LogDirectory() / "QV_DATA.log").substr(storyBegin);
       return log.find("a notice threw") != std::string::npos || log.find("of an answer threw") != std::string::npos;
     };
-    EXPECT_TRUE(listener->WaitForNews(kPatience, isExcused)) << "after " << step << " the front end hears nothing";
+    EXPECT_TRUE(HearsNews(isExcused)) << "after " << step << " the front end hears nothing";
   }
 
   void Connect(const char* step) {
     bool isUnderWay = false;
-    Do("initialise", [this] { InitListener(); });
+    Do("initialise", [this] { InitWithFrontEnd(); });
     Do(step, [&] { isUnderWay = controller->GetPhoneConnect() == 0; });
     Await(step, isUnderWay);
   }
@@ -87,10 +103,10 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
   // With all that may have been left by the story: the same controller connects.
   void ExpectConnects() {
     controller->ReleasePhoneConnect();
-    listener = std::make_shared<Listener>();
-    ASSERT_EQ(InitListener(), 0);
+    frontEnd = std::make_shared<FrontEnd>();
+    ASSERT_EQ(InitWithFrontEnd(), 0);
     ASSERT_EQ(controller->GetPhoneConnect(), 0);
-    ASSERT_TRUE(listener->WaitForNews(kPatience));
+    ASSERT_TRUE(HearsNews());
     ASSERT_EQ(controller->SendInReq8("text"), 0);
   }
 
@@ -99,7 +115,7 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
     storyBegin = std::filesystem::file_size(LogDirectory() / "QV_DATA.log");
     // One that is not in the cache.
     targetId = "phone-" + std::to_string(number);
-    listener = std::make_shared<Listener>();
+    frontEnd = std::make_shared<FrontEnd>();
     allocation::Arm(number, mode);
     WholeLife();
     // In every other story the release is left to the destructor.
@@ -147,7 +163,6 @@ class LoopbackSweep : public EndToEnd, public testing::WithParamInterface<std::t
   const Mode mode = std::get<0>(GetParam());
   const std::shared_ptr<collect_interface::ICollectInterface> collector =
       collect_interface::ICollectInterface::GetCollectInstance(false);
-  std::shared_ptr<Listener> listener;
   std::string baseUrl;
   std::uintmax_t storyBegin = 0;
 };

@@ -7,16 +7,16 @@
 #include "qv_data_interface/qv_data_interface.h"
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
-#include "tests/allocation/listener.h"
 #include "tests/binary_interface/loaded_library.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/front_end.h"
+#include "tests/support/temporary_directory.h"
 #include "tools/qv_cloud/cloud.h"
 
 namespace {
 
 using qv_data_interface::IQVDataInterface;
+using tests::kPatience;
 
-constexpr std::chrono::seconds kPatience{10};
 constexpr int kFirstRounds = 20;
 constexpr int kRounds = 100;
 // What the system keeps for its own, and the pages that SQLite keeps of a collector that grows by a row a round. One
@@ -29,12 +29,12 @@ void LoadConnectAndFree(const std::string& baseUrl) {
   const auto create =
       library.Find<std::shared_ptr<IQVDataInterface>()>("_ZN17qv_data_interface16IQVDataInterface6CreateEv");
   const std::shared_ptr<IQVDataInterface> controller = create();
-  const auto frontEnd = std::make_shared<allocation::Listener>();
+  const auto frontEnd = std::make_shared<tests::ListeningFrontEnd>();
   qv_data_interface::QvVideoParam video;
   qv_data_interface::QvDataSystemParam system;
   ASSERT_EQ(controller->Init("user", "device", "token", "phone", 0, frontEnd, &video, &system, 0, baseUrl.c_str()), 0);
   ASSERT_EQ(controller->GetPhoneConnect(), 0);
-  ASSERT_TRUE(frontEnd->WaitForNews(kPatience) && !frontEnd->HasFailed());
+  ASSERT_TRUE(frontEnd->notices.WaitFor(tests::kFirstFrame));
   controller->ReleasePhoneConnect();
 }
 

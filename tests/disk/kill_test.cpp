@@ -12,7 +12,7 @@
 
 #include "database_interface/database_interface.h"
 #include "reference/common/settings.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace disk {
 namespace {

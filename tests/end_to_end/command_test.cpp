@@ -70,8 +70,8 @@ TEST_F(Commands, ArriveInOrderAndUnchangedAndAreAnswered) {
   EXPECT_EQ(received, sent);
   EXPECT_EQ(echoed, Texts{R"(9 ["told back",0])"});
   EXPECT_TRUE(frontEnd->notices.WaitFor("OnNotice7"));
-  EXPECT_EQ(frontEnd->notices.Count("OnNotice8 told back"), 1U);
-  EXPECT_EQ(frontEnd->notices.Count("OnVideoParamRsp 0 99 25 2048 720 1280"), 1U);
+  EXPECT_EQ(frontEnd->notices.Count("OnNotice8(told back)"), 1U);
+  EXPECT_EQ(frontEnd->notices.Count("OnVideoParamRsp(0, 99, 25, 2048, 720, 1280)"), 1U);
   EXPECT_EQ(Stats().malformed, 0U);
 }
 
@@ -80,7 +80,7 @@ TEST_F(Commands, AGrantedFrameRateIsAskedForByTheNextConnections) {
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_EQ(cloudEvents.Count("line 65536: play 264 at 30 frames a second"), 1U);
   ASSERT_EQ(controller->SendInReq15(25, 0), 0);
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnVideoParamRsp 0 0 25 "));
+  ASSERT_TRUE(frontEnd->notices.WaitFor("OnVideoParamRsp(0, 0, 25,"));
   cloud->SetFaults({.dropAfterFrames = 1});
   EXPECT_TRUE(cloudEvents.WaitFor("line 65536: play 264 at 25 frames a second")) << "the lost connection's successor";
   ASSERT_TRUE(frontEnd->notices.WaitFor(kFirstFrame, 2));

@@ -19,21 +19,21 @@ struct Connecting : EndToEnd {
 
   // Those of the WebSocket library; the list of lines comes on another thread.
   Texts ConnectionNotices() const {
-    Texts notices = frontEnd->notices.All();
+    Texts notices = frontEnd->notices.Lines();
     std::erase_if(notices, [](const std::string& notice) { return notice.starts_with("OnIspList"); });
     return notices;
   }
 };
 
-const Texts kWayToTheFirstFrame = {"OnStatus 60701003: web socket connecting", "OnChooseVideoFormat 264 265",
-                                   "OnStatus 0: success", "OnPlayRsp 0 0 264 720 1280 30 2048 0 0 0",
-                                   "OnFirstFrame 0 1024 264"};
+const Texts kWayToTheFirstFrame = {"OnStatus(60701003, web socket connecting)", "OnChooseVideoFormat(264 265)",
+                                   "OnStatus(0, success)", "OnPlayRsp(0, 0, 264, 720, 1280, 30, 2048, 0, 0, 0)",
+                                   "OnFirstFrame(0, 0, 1024, 264)"};
 
 TEST_F(Connecting, TheSecondConnectOfAnIdentityIsServedFromTheCache) {
   StartCloud();
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_EQ(ConnectionNotices(), kWayToTheFirstFrame);
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnIspList 1=Line A 2=Line B"));
+  ASSERT_TRUE(frontEnd->notices.WaitFor("OnIspList(1=Line A;2=Line B;, 2)"));
   EXPECT_EQ(Log().find("Hit session cache"), std::string::npos);
   ExpectWholeMilestones(1);
   ASSERT_TRUE(ReleaseIsPrompt());
@@ -41,7 +41,7 @@ TEST_F(Connecting, TheSecondConnectOfAnIdentityIsServedFromTheCache) {
   controller = qv_data_interface::IQVDataInterface::Create();
   ASSERT_TRUE(ConnectToFirstFrame());
   EXPECT_EQ(ConnectionNotices(), kWayToTheFirstFrame);
-  EXPECT_EQ(frontEnd->notices.Count("OnIspList 1=Line A 2=Line B"), 1U);
+  EXPECT_EQ(frontEnd->notices.Count("OnIspList(1=Line A;2=Line B;, 2)"), 1U);
   EXPECT_NE(Log().find("[QV_DATA_INTERFACE][phone-1] Hit session cache"), std::string::npos);
   EXPECT_EQ(Stats().phoneConnects, 1U);
   EXPECT_EQ(Stats().authentications, 2U);
@@ -84,7 +84,7 @@ TEST_F(Connecting, TwoControllersLiveSideBySide) {
   controller->ReleasePhoneConnect();
   EXPECT_TRUE(CloudHasConnections(1));
   EXPECT_EQ(first->SendInReq8("still here"), 0);
-  EXPECT_TRUE(firstFrontEnd->notices.WaitFor("OnNotice8 still here"));
+  EXPECT_TRUE(firstFrontEnd->notices.WaitFor("OnNotice8(still here)"));
 }
 
 }  // namespace

@@ -50,6 +50,16 @@ std::filesystem::path LogFile() {
 
 }  // namespace
 
+std::string FrontEnd::States() const {
+  std::string states;
+  for (const std::string& notice : notices.Lines()) {
+    if (notice.starts_with(kConnecting)) states += 'C';
+    if (notice.starts_with(kStands)) states += 'S';
+    if (notice.starts_with(kDisconnected)) states += 'D';
+  }
+  return states;
+}
+
 std::filesystem::path LogDirectory() {
   static const LogHome home;
   return home.path;

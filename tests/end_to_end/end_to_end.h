@@ -1,7 +1,7 @@
 // What the end-to-end tests share: a front end that records what it is told, and a fixture that joins the shipped
 // library, the reference services on real disks and sockets, and the loopback cloud.
 //
-// Threads: Record and FrontEnd from any; the fixture belongs to the test's thread. Ownership: the data directory and
+// Threads: FrontEnd from any; the fixture belongs to the test's thread. Ownership: the data directory and
 // the log directory go with the fixture and the process.
 #ifndef TESTS_END_TO_END_END_TO_END_H
 #define TESTS_END_TO_END_END_TO_END_H
@@ -19,43 +19,32 @@
 
 #include "qv_data_interface/qv_data_interface.h"
 #include "tests/end_to_end/secret_search.h"
-#include "tests/reference/common/notice_record.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/front_end.h"
+#include "tests/support/temporary_directory.h"
 #include "tools/qv_cloud/cloud.h"
 
 namespace end_to_end {
 
+using tests::kConnecting;
+using tests::kDisconnected;
+using tests::kFirstFrame;
 using tests::kPatience;
+using tests::kStands;
 using tests::ReadFile;
 
 using Texts = std::vector<std::string>;
 
-struct Record : tests::NoticeRecord {
-  Texts All() const { return Lines(); }
-};
-
-// Plays 264. The reaction is called with each notice after it was recorded, on the thread of the notice.
-class FrontEnd final : public qv_data_interface::IQVDataInterfaceNotic {
- public:
+// The reaction is called with each notice after it was recorded, on the thread of the notice.
+struct FrontEnd final : tests::ListeningFrontEnd {
   using Reaction = std::function<void(const std::string& notice)>;
-  explicit FrontEnd(Reaction reaction = {});
+  explicit FrontEnd(Reaction reaction = {}) { notices.inside = std::move(reaction); }
 
-  Record notices;
   // The reported states in order: C an attempt begins, S the connection stands, D it is lost.
   std::string States() const;
-
-  void OnStatus(std::int32_t code, const char* message) override;
-  void OnServiceCode(std::int32_t code, const char* message) override;
-  std::int32_t OnChooseVideoFormat(const std::int32_t* formats, std::uint64_t count) override;
-  void OnPlayRsp(std::uint32_t value1, std::uint64_t value2, std::uint32_t value3, std::uint32_t value4,
-                 std::uint32_t value5, std::uint32_t value6, std::uint32_t value7, std::uint32_t value8,
-                 std::uint32_t value9, std::uint32_t value10) override;
-  void OnFirstFrame(std::uint64_t sequence, std::uint64_t time, std::uint64_t size, std::uint32_t format) override;
-  void OnNotice7() override { notices.Add("OnNotice7"); }
-  std::int32_t OnNotice8(const char* text) override;
-  void OnVideoParamRsp(std::int32_t result, std::uint64_t value, std::uint16_t frameRate, std::uint32_t bitRate,
-                       std::uint16_t width, std::uint16_t height) override;
-  void OnIspList(const qv_data_interface::IspItem* items, std::uint64_t count) override;
+  // Without the time, which is the cloud's.
+  void OnFirstFrame(U64 sequence, U64, U64 size, U32 format) override {
+    tests::FrontEnd::OnFirstFrame(sequence, 0, size, format);
+  }
 };
 
 class EndToEnd : public testing::Test {
@@ -98,7 +87,7 @@ class EndToEnd : public testing::Test {
   qv_data_interface::QvDataSystemParam system;
   static constexpr std::int32_t kReconnectNumber = 7;
 
-  Record cloudEvents;
+  tests::NoticeRecord cloudEvents;
   std::optional<qv_cloud::Cloud> cloud;
   std::shared_ptr<FrontEnd> frontEnd;
   std::shared_ptr<qv_data_interface::IQVDataInterface> controller;
@@ -106,12 +95,6 @@ class EndToEnd : public testing::Test {
  private:
   std::uintmax_t logBegin = 0;
 };
-
-// The status notices as they are recorded, without their texts.
-inline constexpr char kStands[] = "OnStatus 0:";
-inline constexpr char kConnecting[] = "OnStatus 60701003:";
-inline constexpr char kDisconnected[] = "OnStatus 60701002:";
-inline constexpr char kFirstFrame[] = "OnFirstFrame";
 
 // Nothing but this goes wrong.
 template <class Member>

@@ -24,11 +24,11 @@ TEST_F(Faulty, ARefreshThatFailsIsReportedAndOnlyARefusalEndsTheConnection) {
     Faults faults;
     const char* told;
     const char* logged;
-  } rows[] = {{Faults{.refuseRefresh = 60301007}, "OnStatus 60301007: refresh refused",
+  } rows[] = {{Faults{.refuseRefresh = 60301007}, "OnStatus(60301007, refresh refused)",
                "OnRefreshSessionRsp get http code [60301007]"},
-              {Faults{.httpStatus = 503}, "OnStatus 60702004: Http Req for refresh-session can not get 200",
+              {Faults{.httpStatus = 503}, "OnStatus(60702004, Http Req for refresh-session can not get 200)",
                "OnRefreshSessionRsp get http code [503]"},
-              {Faults{.httpAnswer = HttpAnswer::closed}, "OnStatus 60702003: Http Req for refresh-session failed",
+              {Faults{.httpAnswer = HttpAnswer::closed}, "OnStatus(60702003, Http Req for refresh-session failed)",
                "OnRefreshSessionRsp failed"}};
   StartCloud();
   for (const auto& [rowFaults, told, logged] : rows) {
@@ -38,7 +38,7 @@ TEST_F(Faulty, ARefreshThatFailsIsReportedAndOnlyARefusalEndsTheConnection) {
     faults.errorCode = qv_cloud::kSessionExpired;
     cloud->SetFaults(faults);
     ASSERT_TRUE(frontEnd->notices.WaitFor(told));
-    EXPECT_EQ(frontEnd->notices.Count("OnStatus 6"), 2U) << "connecting, and this";
+    EXPECT_EQ(frontEnd->notices.Count("OnStatus(6"), 2U) << "connecting, and this";
     EXPECT_EQ(frontEnd->States(), "CS");
     const bool isRefused = faults.refuseRefresh != 0;
     EXPECT_TRUE(CloudHasConnections(isRefused ? 0 : 1));
@@ -52,10 +52,10 @@ TEST_F(Faulty, ARefreshThatFailsIsReportedAndOnlyARefusalEndsTheConnection) {
 TEST_F(Faulty, AServiceCodeGoesToItsOwnNotice) {
   StartCloud(Faults{.errorCode = 60102029, .errorAfterFrames = 5});
   ASSERT_TRUE(ConnectToFirstFrame());
-  EXPECT_TRUE(frontEnd->notices.WaitFor("OnServiceCode 60102029: reported by the cloud"));
+  EXPECT_TRUE(frontEnd->notices.WaitFor("OnServiceCode(60102029, reported by the cloud)"));
   cloud->SetFaults(Faults{.errorCode = 60102030, .errorAfterFrames = 5});
-  EXPECT_TRUE(frontEnd->notices.WaitFor("OnStatus 60102030: reported by the cloud"));
-  EXPECT_EQ(frontEnd->notices.Count("OnStatus 60102029"), 0U);
+  EXPECT_TRUE(frontEnd->notices.WaitFor("OnStatus(60102030, reported by the cloud)"));
+  EXPECT_EQ(frontEnd->notices.Count("OnStatus(60102029"), 0U);
   EXPECT_EQ(frontEnd->States(), "CS");
 }
 

@@ -18,7 +18,7 @@ using qv_cloud::kDefaultLine;
 using qv_cloud::ServedCertificate;
 using qv_cloud::Step;
 
-constexpr char kNoAnswer[] = "OnStatus 60702001: Http Req for phone-connect failed";
+constexpr char kNoAnswer[] = "OnStatus(60702001, Http Req for phone-connect failed)";
 // The states that the front end is told of. On a machine that is busy an attempt may take too long for its own reasons.
 constexpr char kNeverStood[] = "(CD){2,}(CSD|CD)*CS";
 constexpr char kStood[] = "(CD)*CSD(CSD|CD)*CS";
@@ -117,10 +117,10 @@ Rows HttpRows() {
                          Row{"HalfAnAnswer", kNoAnswer, "with 28", {.httpAnswer = HttpAnswer::half}},
                          Row{"GarbageAnswer", kNoAnswer, "with -20", {.httpAnswer = HttpAnswer::garbage}},
                          Row{"LateAnswer", kNoAnswer, "with 28", {.httpLateMs = 3000}},
-                         Row{"Status500", "OnStatus 60702002: Http Req for phone-connect can not get 200",
+                         Row{"Status500", "OnStatus(60702002, Http Req for phone-connect can not get 200)",
                              "with status 500", Faults{.httpStatus = 500}},
-                         Row{"RefusedWithACode", "OnStatus 60301005: phone connect refused", "get http code [60301005]",
-                             Faults{.refuseConnect = 60301005}}}) {
+                         Row{"RefusedWithACode", "OnStatus(60301005, phone connect refused)",
+                             "get http code [60301005]", Faults{.refuseConnect = 60301005}}}) {
     rows.push_back(row);
   }
   return rows;
@@ -196,10 +196,10 @@ struct Network : EndToEnd {
   }
 
   void ExpectTheFault(const Site& site) const {
-    const Record& notices = site.frontEnd->notices;
+    const tests::NoticeRecord& notices = site.frontEnd->notices;
     if (site.row.IsHttp()) {
       EXPECT_TRUE(notices.WaitFor(site.row.told));
-      EXPECT_EQ(notices.All(), Texts{site.row.told});
+      EXPECT_EQ(notices.Lines(), Texts{site.row.told});
       EXPECT_EQ(site.cloud.Stats().lines[kDefaultLine].attempts, 0U);
       EXPECT_EQ(site.controller->SendInReq4(1, 2), -1);
       EXPECT_EQ(site.controller->GetPhoneConnect(), -1);
@@ -239,7 +239,7 @@ struct Network : EndToEnd {
                 site.cloud.WaitUntil([&](const auto& stats) { return met(stats) > before; }, kPatience));
     EXPECT_TRUE(ReleaseIsPrompt(*site.controller));
     const auto released = site.frontEnd;
-    const Texts told = released->notices.All();
+    const Texts told = released->notices.Lines();
 
     site.cloud.SetFaults({});
     if (!site.row.IsForGood()) {
@@ -247,7 +247,7 @@ struct Network : EndToEnd {
       EXPECT_TRUE(site.frontEnd->notices.WaitFor(kFirstFrame));
       EXPECT_TRUE(ReleaseIsPrompt(*site.controller));
     }
-    EXPECT_EQ(released->notices.All(), told);
+    EXPECT_EQ(released->notices.Lines(), told);
   }
 
   void Run(const Rows& rows) {

@@ -38,14 +38,14 @@ class Release : public EndToEnd, public testing::WithParamInterface<std::tuple<N
     progress->last = std::move(controller);
     EXPECT_EQ(progress->last->GetPhoneConnect(), 0);
     progress->connected.Come();
-    ASSERT_TRUE(progress->done.Await()) << testing::PrintToString(frontEnd->notices.All());
+    ASSERT_TRUE(progress->done.Await()) << testing::PrintToString(frontEnd->notices.Lines());
     controller = byDropping ? qv_data_interface::IQVDataInterface::Create() : progress->last;
   }
 
   // On the thread that the wanted notice is on: one of the other thread may be under way, and the release from inside
   // does not wait for it.
   static Texts Told(const FrontEnd& frontEnd, const std::string& wanted) {
-    Texts told = frontEnd.notices.All();
+    Texts told = frontEnd.notices.Lines();
     std::erase_if(told,
                   [&](const std::string& notice) { return notice.starts_with(kIspList) != (wanted == kIspList); });
     return told;
@@ -88,9 +88,9 @@ const Notice kNotices[] = {
     {"IspList", kIspList},
     {"Disconnected", kDisconnected, {.dropAfterFrames = 1}},
     {"ServiceCode", "OnServiceCode", {.errorCode = 60102029}},
-    {"FailedRequest", "OnStatus 60702002", {.httpStatus = 500}},
-    {"RefusedRequest", "OnStatus 60301005", {.refuseConnect = 60301005}},
-    {"RefusedRefresh", "OnStatus 60301007", {.refuseRefresh = 60301007, .errorCode = qv_cloud::kSessionExpired}}};
+    {"FailedRequest", "OnStatus(60702002", {.httpStatus = 500}},
+    {"RefusedRequest", "OnStatus(60301005", {.refuseConnect = 60301005}},
+    {"RefusedRefresh", "OnStatus(60301007", {.refuseRefresh = 60301007, .errorCode = qv_cloud::kSessionExpired}}};
 
 INSTANTIATE_TEST_SUITE_P(All, Release,
                          testing::Combine(testing::ValuesIn(kNotices),

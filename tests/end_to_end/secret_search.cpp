@@ -1,7 +1,7 @@
 #include "tests/end_to_end/secret_search.h"
 
 #include "pass_interface/encryption.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace end_to_end {
 namespace {

@@ -29,7 +29,7 @@ struct Secrets : EndToEnd {
     faults.dropAfterFrames = 0;
     faults.refuseRefresh = 60301007;
     cloud->SetFaults(faults);
-    ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60301007"));
+    ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus(60301007"));
     controller->ReleasePhoneConnect();
     ASSERT_TRUE(ConnectToFirstFrame());
     controller->ReleasePhoneConnect();
@@ -37,7 +37,7 @@ struct Secrets : EndToEnd {
     cloud->SetFaults(faults);
     credential1 += "-other";
     Connect();
-    ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60301005"));
+    ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus(60301005"));
     controller->ReleasePhoneConnect();
     cloud->SetFaults({});
     ASSERT_TRUE(ConnectToFirstFrame());

@@ -67,11 +67,11 @@ TEST_F(Stress, ReleasesDestructionsCommandsLineSwitchesAndReconnectsSideBySideLe
   EXPECT_TRUE(CloudHasConnections(0));
   EXPECT_EQ(Sql("collector.db", "SELECT count(*) FROM instances"), Texts{"0"});
 
-  const Texts told = frontEnd->notices.All();
+  const Texts told = frontEnd->notices.Lines();
   const auto released = frontEnd;
   cloud->SetFaults({});
   ASSERT_TRUE(ConnectToFirstFrame());
-  EXPECT_EQ(released->notices.All(), told);
+  EXPECT_EQ(released->notices.Lines(), told);
   EXPECT_TRUE(CloudHasConnections(1));
 }
 

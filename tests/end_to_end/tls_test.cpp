@@ -26,7 +26,7 @@ TEST_F(Tls, TheTrustIsReadForEachConnect) {
   reference::SetAuthorityFile(directory / "missing.pem");
   targetId = "phone-2";
   Connect();
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60702001"));
+  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus(60702001"));
   EXPECT_EQ(Stats().phoneConnects, 1U);
 }
 

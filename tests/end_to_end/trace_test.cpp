@@ -83,7 +83,7 @@ TEST_F(Traces, EachConnectionIsOneTreeOfItsStepsAndAnErrorIsItsStatus) {
   credential1 += "-other";
   cloud->SetFaults(With(&qv_cloud::Faults::refuseConnect, 60301005));
   Connect();
-  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus 60301005"));
+  ASSERT_TRUE(frontEnd->notices.WaitFor("OnStatus(60301005"));
   const Json::Value refused = Receive(2).at(1);
   controller->ReleasePhoneConnect();
   EXPECT_EQ(NamesOfTree(refused), "connection; phone-connect; ");

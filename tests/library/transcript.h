@@ -1,62 +1,19 @@
-// Tests whose outcome is a transcript: each step, every call that the library makes to its surroundings in it, each
-// field of the gathered status when it changes, and the step's result. What it must be stands in
-// transcripts/SUITE.TEST.txt, of a test with parameters in SUITE.TEST.PARAMETER.txt. For whoever changes a rule: with
-// QV_WRITE_TRANSCRIPTS=1 in the environment the test writes that file anew and fails, and `git diff` shows what became
-// of the rule.
+// Transcripts of the library: in each step stand every call that the library makes to its surroundings, and each field
+// of the gathered status when it changes.
 //
 // Threads: the test's only. Ownership: a transcript lasts as long as its test.
 #ifndef TESTS_LIBRARY_TRANSCRIPT_H
 #define TESTS_LIBRARY_TRANSCRIPT_H
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
-#include <type_traits>
 
 #include "tests/library/library_test.h"
-
-// A step is written as the transcript shows it.
-#define STEP(...) Step(#__VA_ARGS__, [&] { return __VA_ARGS__; })
+#include "tests/support/transcribed.h"
 
 namespace library_test {
 
-struct Transcript : LibraryTest {
-  void TearDown() override {
-    const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string(test->test_suite_name()) + "." + test->name() + ".txt";
-    // Before a parameter.
-    std::replace(name.begin(), name.end(), '/', '.');
-    const std::filesystem::path file = std::filesystem::path(TRANSCRIPTS) / name;
-    if (std::getenv("QV_WRITE_TRANSCRIPTS") != nullptr) {
-      std::ofstream(file, std::ios::binary) << text;
-      FAIL() << "written anew, compared with nothing";
-    }
-    std::ifstream stream(file, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(stream), {}), text) << "expected by " << file;
-  }
-
-  void Say(const std::string& line) { text += line + '\n'; }
-
-  template <class Work>
-  void Step(const std::string& what, Work&& work) {
-    Take();
-    shown = FieldsOf(Gathered());
-    Say("> " + what);
-    fakes::Recorder::Watch(&note);
-    if constexpr (std::is_void_v<decltype(work())>) {
-      work();
-      note("");
-    } else {
-      const auto result = work();
-      note("");
-      Say("  = " + testing::PrintToString(result));
-    }
-    fakes::Recorder::Watch(nullptr);
-  }
+struct Transcript : tests::Transcribed<LibraryTest> {
   // The steps that follow begin where the fixture does.
   void Chapter(const std::string& title) {
     StartOver();
@@ -68,7 +25,15 @@ struct Transcript : LibraryTest {
   }
 
  protected:
-  std::string text;
+  void BeforeStep() override {
+    Take();
+    shown = FieldsOf(Gathered());
+    fakes::Recorder::Watch(&note);
+  }
+  void AfterStep() override {
+    note("");
+    fakes::Recorder::Watch(nullptr);
+  }
 
  private:
   // A message with what the controller's status has gathered so far; null before anything was. Leaves no trace.

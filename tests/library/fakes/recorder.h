@@ -10,12 +10,12 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "tests/library/fakes/uncounted.h"
+#include "tests/support/line.h"
+#include "tests/support/uncounted.h"
 
 namespace fakes {
 
@@ -88,29 +88,10 @@ class Recorder {
   std::map<std::string, int> counts;
 };
 
-inline std::string Shown(const char* text) {
-  return text ? text : "null";
-}
-template <class Value>
-const Value& Shown(const Value& value) {
-  return value;
-}
-
-// "operation(argument, ...)"
-template <class... Arguments>
-std::string Line(const char* operation, const Arguments&... arguments) {
-  std::ostringstream line;
-  line << operation << '(';
-  [[maybe_unused]] const char* separator = "";
-  ((line << separator << Shown(arguments), separator = ", "), ...);
-  line << ')';
-  return line.str();
-}
-
 template <class... Arguments>
 void Record(const char* operation, const Arguments&... arguments) {
-  const Uncounted own;
-  Recorder::Get().Add(Line(operation, arguments...));
+  const tests::Uncounted own;
+  Recorder::Get().Add(tests::Line(operation, arguments...));
 }
 
 }  // namespace fakes

@@ -15,7 +15,7 @@
 #include "pass_interface/encryption.h"
 #include "pass_interface/pass_interface.h"
 #include "tests/library/fakes/recorder.h"
-#include "tests/library/fakes/uncounted.h"
+#include "tests/support/uncounted.h"
 #include "ws_interface/ws_manager_interface.h"
 
 namespace fakes {
@@ -23,6 +23,8 @@ namespace {
 
 using namespace ws_interface;
 using pass_interface::IPassInterfaceNotic;
+using tests::Line;
+using tests::Uncounted;
 using I32 = std::int32_t;
 using U32 = std::uint32_t;
 using U64 = std::uint64_t;
@@ -30,6 +32,7 @@ using Text = const char*;
 
 template <class Work>
 auto Locked(Work&& work) {
+  const Uncounted own;
   const std::lock_guard<std::mutex> lock(StateMutex());
   return work(State());
 }
@@ -86,7 +89,6 @@ struct FakeCollector final : collect_interface::ICollectInterface {
     return Told(State().deleteResult, "collect.DeleteInstanceInfo", rowId);
   }
   int InsertInstanceInfo(int* rowId, Text targetId, Text sessionId, int defaultMode, Text channel) override {
-    const Uncounted own;
     Record("collect.InsertInstanceInfo", targetId, sessionId, defaultMode, channel);
     return Locked([&](Services& state) {
       if (state.insertResult == 0) state.liveRows.insert(*rowId = state.nextRow++);
@@ -128,7 +130,6 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
   RESERVED_8(1, 2, 3, 4, 5, 6, 7, 8)
   RESERVED_8(9, 10, 11, 12, 13, 14, 15, 16)
   I32 SaveSessionCache(Text cacheKey, Text cipherText, std::int64_t expiry) override {
-    const Uncounted own;
     Record("db.SaveSessionCache", expiry);
     return Locked([&](Services& state) {
       if (state.saveResult == 0) state.sessionCache[cacheKey] = SessionRow{cipherText, expiry};
@@ -136,7 +137,6 @@ struct FakeDatabase final : database_interface::IDatabaseInterface {
     });
   }
   I32 LoadSessionCache(Text cacheKey, std::int64_t minimumExpiry, std::string& cipherText) override {
-    const Uncounted own;
     Record("db.LoadSessionCache");
     return Locked([&](Services& state) {
       state.minimumExpiry = minimumExpiry;
@@ -312,7 +312,7 @@ void collect_interface::ICollectInterface::CoreHappen(const char* text) {
 }
 
 std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::Create() {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::Record("pass.Create");
   return fakes::Make<fakes::FakePass>(fakes::State().passMissing);
 }
@@ -320,7 +320,7 @@ std::shared_ptr<pass_interface::IPassInterface> pass_interface::IPassInterface::
 // No cipher, but it goes back and forth and notices a changed byte.
 int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::NoteCipherCall("cipher.Encrypt", input, length, key, iv);
   output.assign(input, input + length);
   output.push_back(fakes::Checksum(output));
@@ -330,7 +330,7 @@ int pass_interface::IEncryption::Aes256Encrypt(const unsigned char* input, int l
 
 int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int length, const unsigned char* key,
                                                const unsigned char* iv, std::vector<unsigned char>& output) {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::NoteCipherCall("cipher.Decrypt", input, length, key, iv);
   if (length == 0) return -1;
   output.assign(input + 1, input + length);
@@ -339,13 +339,13 @@ int pass_interface::IEncryption::Aes256Decrypt(const unsigned char* input, int l
 }
 
 std::string pass_interface::IEncryption::Base64Encode(const char* bytes, int length, bool flag) {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::Recorder::Get().Visit("cipher.Base64Encode");
   return (flag ? "flag set:" : "base64:") + std::string(bytes, bytes + length);
 }
 
 std::string pass_interface::IEncryption::Base64Decode(const char* text, int length, bool flag) {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::Recorder::Get().Visit("cipher.Base64Decode");
   const std::string whole(text, text + length);
   return whole.rfind("base64:", 0) == 0 && !flag ? whole.substr(7) : "";
@@ -357,7 +357,7 @@ std::shared_ptr<database_interface::IDatabaseInterface> database_interface::IDat
 }
 
 std::shared_ptr<ws_interface::IWSManagerInterface> ws_interface::IWSManagerInterface::Create() {
-  const fakes::Uncounted own;
+  const tests::Uncounted own;
   fakes::Record("wsManager.Create");
   return fakes::Make<fakes::FakeManager>(fakes::State().wsManagerMissing);
 }

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "base/mini_jump.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 #ifdef _WIN32
 #include <windows.h>

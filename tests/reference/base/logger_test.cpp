@@ -6,7 +6,7 @@
 
 #include "base/thread_id.h"
 #include "reference/base/base_logger.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace base {
 namespace {

@@ -4,7 +4,7 @@
 #include "reference/collect_interface/schema.h"
 #include "reference/common/settings.h"
 #include "reference/common/sqlite.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace collect_interface {
 namespace {

@@ -6,7 +6,7 @@
 #include "reference/collect_interface/trace_target.h"
 #include "reference/common/service_threads.h"
 #include "reference/common/settings.h"
-#include "tests/reference/common/moment.h"
+#include "tests/support/moment.h"
 #include "tools/qv_cloud/cloud.h"
 
 namespace collect_interface {

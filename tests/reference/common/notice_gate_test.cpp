@@ -5,7 +5,7 @@
 #include <chrono>
 #include <future>
 
-#include "tests/reference/common/moment.h"
+#include "tests/support/moment.h"
 
 namespace {
 

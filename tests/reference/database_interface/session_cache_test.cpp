@@ -3,7 +3,7 @@
 #include "database_interface/database_interface.h"
 #include "reference/common/settings.h"
 #include "reference/common/sqlite.h"
-#include "tests/reference/common/temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace database_interface {
 namespace {

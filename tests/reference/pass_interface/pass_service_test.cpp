@@ -14,7 +14,8 @@
 #include "pass_interface/pass_interface.h"
 #include "reference/common/service_threads.h"
 #include "reference/pass_interface/pass_result.h"
-#include "tests/reference/common/notice_record.h"
+#include "tests/support/line.h"
+#include "tests/support/notice_record.h"
 
 namespace {
 
@@ -63,12 +64,12 @@ class Sink : public IPassInterfaceNotic, public tests::NoticeRecord {
  public:
   void OnPhoneConnectRsp(std::int32_t result, std::uint32_t status, std::shared_ptr<InstanceInfo> answer) override {
     const std::string& tag = answer->requestTag;
-    Add(result, status, answer->code, tag.starts_with("request-") ? "request-" : tag);
+    Add(tests::Line("", result, status, answer->code, tag.starts_with("request-") ? "request-" : tag));
   }
   void OnRefreshSessionRsp(std::int32_t, std::uint32_t, std::shared_ptr<RefreshSessionRsp>) override {}
 };
 
-const std::string kCouldNotConnect = "7 0 -1 request-";
+const std::string kCouldNotConnect = "(7, 0, -1, request-)";
 
 std::int32_t Initialise(IPassInterface& service, const std::string& url, std::shared_ptr<IPassInterfaceNotic> sink) {
   return service.Initialise(url.c_str(), "user", "device", "token", "1.13.0", sink, nullptr, 10000, 60000, true);
@@ -109,12 +110,12 @@ TEST_F(PassServiceTest, AnswersAreJudgedByStatusThenLengthThenContent) {
     std::string answer;
     std::string told;
   } rows[] = {
-      {answerWith("200 OK", refusal), "0 200 7 r-1"},
-      {answerWith("500 Oops", huge), "0 500 -1 request-"},
-      {answerWith("302 Found", "", "Location: http://127.0.0.1:1/\r\n"), "0 302 -1 request-"},
-      {answerWith("200 OK", huge), std::to_string(kAnswerTooLong) + " 200 -1 request-"},
-      {answerWith("200 OK", R"({"requestTag": "r-2", "code": 0})"), std::to_string(kMalformedAnswer) + " 200 -1 r-2"},
-      {answerWith("200 OK", "<html>"), std::to_string(kMalformedAnswer) + " 200 -1 request-"},
+      {answerWith("200 OK", refusal), "(0, 200, 7, r-1)"},
+      {answerWith("500 Oops", huge), "(0, 500, -1, request-)"},
+      {answerWith("302 Found", "", "Location: http://127.0.0.1:1/\r\n"), "(0, 302, -1, request-)"},
+      {answerWith("200 OK", huge), tests::Line("", kAnswerTooLong, 200, -1, "request-")},
+      {answerWith("200 OK", R"({"requestTag": "r-2", "code": 0})"), tests::Line("", kMalformedAnswer, 200, -1, "r-2")},
+      {answerWith("200 OK", "<html>"), tests::Line("", kMalformedAnswer, 200, -1, "request-")},
   };
   Listener listener;
   ASSERT_EQ(Initialise(*service, listener.Url(), sink), 0);

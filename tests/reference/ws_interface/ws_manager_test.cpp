@@ -12,8 +12,8 @@
 
 #include "reference/common/service_threads.h"
 #include "reference/ws_interface/result_codes.h"
-#include "tests/reference/common/moment.h"
 #include "tests/reference/ws_interface/recording_sink.h"
+#include "tests/support/moment.h"
 
 namespace reference::ws {
 namespace {
@@ -93,7 +93,7 @@ TEST_F(WsManagerTest, ManagersShareAThreadACoreWhichEndsWithTheLastOfThem) {
     };
     manager->Initialise(10, 60000);
     Create(peer.Url());
-    ASSERT_TRUE(sink->WaitFor("step 5"));
+    ASSERT_TRUE(sink->WaitFor("OnConnectStep(5)"));
   }
   EXPECT_EQ(threads.size(), cores);
   for (const auto& each : managers) {

@@ -1,6 +1,6 @@
 // A directory of a test's own, and its files.
-#ifndef TESTS_REFERENCE_COMMON_TEMPORARY_DIRECTORY_H
-#define TESTS_REFERENCE_COMMON_TEMPORARY_DIRECTORY_H
+#ifndef TESTS_SUPPORT_TEMPORARY_DIRECTORY_H
+#define TESTS_SUPPORT_TEMPORARY_DIRECTORY_H
 
 #include <filesystem>
 #include <fstream>

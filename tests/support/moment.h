@@ -1,8 +1,8 @@
 // How a test waits for another thread.
 //
 // Threads: any. Ownership: none.
-#ifndef TESTS_REFERENCE_COMMON_MOMENT_H
-#define TESTS_REFERENCE_COMMON_MOMENT_H
+#ifndef TESTS_SUPPORT_MOMENT_H
+#define TESTS_SUPPORT_MOMENT_H
 
 #include <chrono>
 #include <condition_variable>
