@@ -1,5 +1,6 @@
 // What is typed for the front end to send reaches the phone as it was typed, on the line that was chosen.
 #include "tests/end_to_end/end_to_end.h"
+#include "tests/support/transcribed.h"
 #include "tools/qv_connect/commands.h"
 
 namespace end_to_end {
@@ -11,30 +12,7 @@ using qv_cloud::kLineA;
 using qv_cloud::kLineB;
 using qv_connect::ParseCommand;
 
-// What is typed, and the slot and the arguments that arrive.
-const struct {
-  const char* line;
-  const char* arrives;
-} kCommands[] = {
-    {"req3 1 18446744073709551615 3 -4", "3 [1,18446744073709551615,3,-4]"},
-    {"req4 18446744073709551615 0", "2 [18446744073709551615,0]"},
-    {"req5 .5 1.5 -2.5 3.5 4.5 5.5 6.5 7.5", "4 [0.5,1.5,-2.5,3.5,4.5,5.5,6.5,7.5]"},
-    {"req6 -1 0.25 .5 0.75", "5 [-1,0.25,0.5,0.75]"},
-    {R"(req7 one "and \"two\"")", R"(6 ["one","and \"two\""])"},
-    {"  req8\t\"told back\" ", R"(7 ["told back"])"},
-    {"req9 \"\"", R"(8 [""])"},
-    {"req10 10 11", "10 [10,11]"},
-    {"req11 1 2 3 -4", "11 [1,2,3,-4]"},
-    {"mic 1 -48000 2", "12 [1,-48000,2]"},
-    {"req13 13 14", "13 [13,14]"},
-    {"camera 264 640 480 18446744073709551615 -5", "14 [264,640,480,18446744073709551615,-5]"},
-    {"req15 25 99", "15 [25,99]"},
-    {"req16 16 17", "16 [16,17]"},
-    {"req17 -2147483648", "17 [-2147483648]"},
-    {"dummy", "18 []"},
-};
-
-struct Commands : EndToEnd {
+struct Commands : tests::Transcribed<EndToEnd> {
   std::string SwitchTo(std::uint32_t line) {
     const std::size_t frames = frontEnd->notices.Count(kFirstFrame);
     const std::int32_t result = ParseCommand("line " + std::to_string(line)).call(*controller);
@@ -52,22 +30,20 @@ struct Commands : EndToEnd {
 TEST_F(Commands, ArriveInOrderAndUnchangedAndAreAnswered) {
   StartCloud();
   ASSERT_TRUE(ConnectToFirstFrame());
-  Texts sent = {"17 [" + std::to_string(kReconnectNumber) + "]"};
-  for (const auto& [line, arrives] : kCommands) {
-    const qv_connect::ParsedCommand command = ParseCommand(line);
-    ASSERT_TRUE(command.call) << command.error;
-    EXPECT_EQ(command.call(*controller), 0) << line;
-    sent.push_back(arrives);
-  }
-  // The text that the phone tells goes back to it, whenever it has come.
+  // Init's own, and the text that the phone tells, which goes back to it whenever it has come.
+  std::size_t due = 2;
+  ForEachCase([&](const std::string& line) {
+    ++due;
+    return std::to_string(ParseCommand(line).call(*controller));
+  });
   constexpr std::uint32_t kEcho = 9;
-  ASSERT_TRUE(CloudSees([&](const CloudStats& stats) { return stats.commands.size() == sent.size() + 1; }));
-  Texts received, echoed;
+  ASSERT_TRUE(CloudSees([due](const CloudStats& stats) { return stats.commands.size() == due; }));
+  Texts echoed;
   for (const auto& command : Stats().commands) {
     EXPECT_EQ(command.line, kDefaultLine);
-    (command.slot == kEcho ? echoed : received).push_back(std::to_string(command.slot) + ' ' + command.args);
+    const std::string arrived = std::to_string(command.slot) + ' ' + command.args;
+    command.slot == kEcho ? echoed.push_back(arrived) : Indent(arrived);
   }
-  EXPECT_EQ(received, sent);
   EXPECT_EQ(echoed, Texts{R"(9 ["told back",0])"});
   EXPECT_TRUE(frontEnd->notices.WaitFor("OnNotice7"));
   EXPECT_EQ(frontEnd->notices.Count("OnNotice8(told back)"), 1U);
