@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
 
 namespace {
 
@@ -16,22 +17,22 @@ void SetVariable(const char* name, const char* value) {
 
 // One test, since a setting of the host's cannot be unmade.
 TEST(SettingsTest, TheHostsSettingWinsOverItsVariableAndTheVariableOverTheDefault) {
-  SetVariable("QV_REFERENCE_DATA_DIR", "directory from outside");
-  SetVariable("QV_REFERENCE_CA_FILE", "file from outside");
-  SetVariable("QV_REFERENCE_PROXY", "proxy from outside");
-  SetVariable("QV_REFERENCE_OTLP_ENDPOINT", "endpoint from outside");
-  SetVariable("QV_REFERENCE_OTLP_HEADERS", "headers from outside");
-  EXPECT_EQ(reference::DataDirectory(), "directory from outside");
-  EXPECT_EQ(reference::AuthorityFile(), "file from outside");
-  EXPECT_EQ(reference::Proxy(), "proxy from outside");
-  EXPECT_EQ(reference::OtlpEndpoint(), "endpoint from outside");
-  EXPECT_EQ(reference::OtlpHeaders(), "headers from outside");
-  reference::SetDataDirectory("directory");
-  reference::SetAuthorityFile("file");
-  reference::SetProxy("proxy");
-  EXPECT_EQ(reference::DataDirectory(), "directory");
-  EXPECT_EQ(reference::AuthorityFile(), "file");
-  EXPECT_EQ(reference::Proxy(), "proxy");
+  using Text = std::filesystem::path;
+  const struct {
+    const char* variable;
+    std::function<Text()> value;
+    std::function<void(const char*)> set;
+  } settings[] = {{"QV_REFERENCE_DATA_DIR", reference::DataDirectory, reference::SetDataDirectory},
+                  {"QV_REFERENCE_CA_FILE", reference::AuthorityFile, reference::SetAuthorityFile},
+                  {"QV_REFERENCE_PROXY", reference::Proxy, reference::SetProxy},
+                  {"QV_REFERENCE_OTLP_ENDPOINT", reference::OtlpEndpoint, reference::SetOtlpEndpoint},
+                  {"QV_REFERENCE_OTLP_HEADERS", reference::OtlpHeaders, reference::SetOtlpHeaders}};
+  for (const auto& [variable, value, set] : settings) {
+    SetVariable(variable, variable);
+    EXPECT_EQ(value(), variable);
+    set("the host's");
+    EXPECT_EQ(value(), "the host's") << variable;
+  }
   reference::SetDataDirectory("");
   EXPECT_TRUE(reference::DataDirectory().is_absolute())
       << "empty is the user's own, not " << reference::DataDirectory();
