@@ -3,13 +3,11 @@
 #define TESTS_LIBRARY_FAKES_THREADS_H
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <functional>
+#include <future>
 #include <iostream>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace fakes {
@@ -18,34 +16,21 @@ namespace fakes {
 class Worker {
  public:
   explicit Worker(std::function<void()> work, std::string name = "a thread")
-      : name(std::move(name)), thread([this, work = std::move(work)] {
-          work();
-          const std::lock_guard lock(mutex);
-          isDone = true;
-          changed.notify_all();
-        }) {}
-  Worker(const Worker&) = delete;
-  Worker& operator=(const Worker&) = delete;
+      : name(std::move(name)), end(std::async(std::launch::async, std::move(work))) {}
   ~Worker() { Finish(); }
-  bool EndsWithin(std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, time, [this] { return isDone; });
-  }
+  bool EndsWithin(std::chrono::milliseconds time) const { return end.wait_for(time) == std::future_status::ready; }
   void Finish() {
-    if (!thread.joinable()) return;
+    if (!end.valid()) return;
     if (!EndsWithin(std::chrono::seconds(20))) {
       std::cerr << "waited in vain for the end of " << name << std::endl;
       std::abort();
     }
-    thread.join();
+    end.get();
   }
 
  private:
   const std::string name;
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool isDone = false;
-  std::thread thread;
+  std::future<void> end;
 };
 
 }  // namespace fakes
