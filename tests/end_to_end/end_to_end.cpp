@@ -1,7 +1,5 @@
 #include "tests/end_to_end/end_to_end.h"
 
-#include <sqlite3.h>
-
 #include <iostream>
 
 #include "reference/common/service_threads.h"
@@ -137,23 +135,6 @@ bool EndToEnd::CloudHasConnections(std::uint64_t count) const {
 
 std::string EndToEnd::Log() const {
   return ReadFile(LogFile()).substr(logBegin);
-}
-
-Texts EndToEnd::Sql(const char* file, const std::string& statement) const {
-  Texts rows;
-  const auto keep = [](void* kept, int count, char** columns, char**) {
-    std::string row;
-    for (int i = 0; i < count; ++i) row += (i == 0 ? "" : "|") + std::string(columns[i] != nullptr ? columns[i] : "");
-    static_cast<Texts*>(kept)->push_back(row);
-    return 0;
-  };
-  const std::u8string path = (directory / file).u8string();
-  sqlite3* database = nullptr;
-  EXPECT_EQ(sqlite3_open(reinterpret_cast<const char*>(path.c_str()), &database), SQLITE_OK);
-  sqlite3_busy_timeout(database, 5000);
-  EXPECT_EQ(sqlite3_exec(database, statement.c_str(), keep, &rows, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-  sqlite3_close(database);
-  return rows;
 }
 
 }  // namespace end_to_end

@@ -20,6 +20,7 @@
 #include "qv_data_interface/qv_data_interface.h"
 #include "tests/end_to_end/secret_search.h"
 #include "tests/support/front_end.h"
+#include "tests/support/sql.h"
 #include "tests/support/temporary_directory.h"
 #include "tools/qv_cloud/cloud.h"
 
@@ -74,8 +75,8 @@ class EndToEnd : public testing::Test {
 
   // The lines written since the test began.
   std::string Log() const;
-  // Runs one statement on a database of the data directory; each row's columns joined by '|'.
-  Texts Sql(const char* file, const std::string& statement) const;
+  // Of a database in the data directory.
+  Texts Sql(const char* file, const std::string& statements) const { return tests::Sql(directory / file, statements); }
 
   const tests::TemporaryDirectory home;
   const std::filesystem::path& directory = home.path;

@@ -1,7 +1,7 @@
 #include "collect_interface/collect_interface.h"
 #include "reference/collect_interface/schema.h"
 #include "reference/common/settings.h"
-#include "reference/common/sqlite.h"
+#include "tests/support/sql.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/transcribed.h"
 
@@ -11,8 +11,6 @@ namespace {
 using pass_interface::MessageCollect;
 using pass_interface::MessageCollectBaseData;
 using pass_interface::MessageCollectStatusData;
-using reference::sqlite::Connection;
-using reference::sqlite::Rows;
 
 // Of its SHA-256 the first 16 digits stand in the transcripts.
 constexpr char kSessionId[] = "session-id-that-nobody-may-read";
@@ -35,17 +33,7 @@ class CollectorTest : public tests::Transcribed<> {
     return rowId;
   }
 
-  // The columns of the query's rows, each followed by a bar, each row by a line break.
-  std::string Read(const char* sql, int columns) {
-    Connection database(directory / kDatabaseFile, "");
-    std::string text;
-    database.Query(sql, [&](Rows& rows) {
-      for (; rows.Next(); text += '\n') {
-        for (int i = 0; i < columns; ++i) text += rows.Text(i) + '|';
-      }
-    });
-    return text;
-  }
+  std::vector<std::string> Read(const std::string& sql) const { return tests::Sql(directory / kDatabaseFile, sql); }
 
   tests::TemporaryDirectory directory;
 };
@@ -90,13 +78,13 @@ TEST_F(CollectorTest, AMessageIsReadBackWithAllItsFieldsAndMilestones) {
   Collector()->SetCollectSdkType("data_interface");
   EXPECT_TRUE(std::filesystem::is_empty(directory.path)) << "the first record makes the file";
   Collector()->ReportMessageCollect(MessageWith(FullStatus()));
-  STEP(Read("SELECT * FROM messages", 27));
-  STEP(Read("SELECT * FROM milestones ORDER BY time", 3));
+  STEP(Read("SELECT * FROM messages"));
+  STEP(Read("SELECT * FROM milestones ORDER BY time"));
   // As many as an embedding SDK likes.
   const auto status = FullStatus();
   for (int i = 0; i < 40; ++i) status->milestones.emplace("step " + std::to_string(i), i);
   Collector()->ReportMessageCollect(MessageWith(status));
-  STEP(Read("SELECT count(*), sum(time) FROM milestones WHERE name LIKE 'step %' AND message_id = 2", 2));
+  STEP(Read("SELECT count(*), sum(time) FROM milestones WHERE name LIKE 'step %' AND message_id = 2"));
 }
 
 TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeaderAndALongTextIsCutBetweenCharacters) {
@@ -106,19 +94,19 @@ TEST_F(CollectorTest, AMessageWithoutStatusDataKeepsItsHeaderAndALongTextIsCutBe
   Collector()->ReportMessageCollect(nullptr);
   Collector()->ReportMessageCollect(MessageWith(nullptr));
   Collector()->ReportMessageCollect(MessageWith(base));
-  EXPECT_EQ(Read("SELECT collect_status, target_id, session FROM messages ORDER BY id", 3),
-            "2|||\n2|" + longest + "||\n");
+  EXPECT_EQ(Read("SELECT collect_status, target_id, session FROM messages ORDER BY id"),
+            (std::vector<std::string>{"2||", "2|" + longest + "|"}));
 }
 
 TEST_F(CollectorTest, AnInstanceRowLivesFromInsertToDelete) {
   const int rowId = Insert();
   EXPECT_GT(rowId, 0);
   const char* const all = "SELECT target_id, session, default_mode, channel FROM instances";
-  STEP(Read(all, 4));
+  STEP(Read(all));
   STEP(Collector()->UpdataInstanceSessionId(rowId, "", 0));
-  STEP(Read(all, 4));
+  STEP(Read(all));
   STEP(Collector()->DeleteInstanceInfo(rowId));
-  STEP(Read(all, 4));
+  STEP(Read(all));
   EXPECT_GT(Insert(), rowId) << "a number must not come back while someone may still hold it";
 }
 
@@ -136,10 +124,10 @@ TEST_F(CollectorTest, MisuseAndUnknownRowsAreRefused) {
 TEST_F(CollectorTest, TheOldestMessagesGoWithTheirMilestones) {
   Collector()->ReportMessageCollect(MessageWith(FullStatus()));
   // The next message is the one that prunes.
-  Connection(directory / kDatabaseFile, "").Run("UPDATE sqlite_sequence SET seq = 20479 WHERE name = 'messages'");
+  Read("UPDATE sqlite_sequence SET seq = 20479 WHERE name = 'messages'");
   Collector()->ReportMessageCollect(MessageWith(nullptr));
-  STEP(Read("SELECT id FROM messages", 1));
-  STEP(Read("SELECT name FROM milestones", 1));
+  STEP(Read("SELECT id FROM messages"));
+  STEP(Read("SELECT name FROM milestones"));
 }
 
 TEST_F(CollectorTest, ACrashIsALineInAFileOfItsOwn) {
