@@ -1,5 +1,6 @@
 // Which connections are traced, once each and as what; and what the sending costs when the collector fails.
-#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
 
 #include "reference/collect_interface/connection_trace.h"
 #include "reference/collect_interface/trace_exporter.h"
@@ -16,53 +17,49 @@ namespace {
 using std::chrono::steady_clock;
 using tests::kPatience;
 
-using Milestones = decltype(ConnectionTrace::milestones);
-
-Milestones At(std::int64_t begin, std::int64_t granted, std::int64_t frame) {
-  return {{"startGetInstanceInfo", begin}, {"endGetInstanceInfo", granted}, {"recvFirstFrame", frame}};
-}
-
+// A message of the library's, and when the request of its connection began, was granted, and the first frame came.
 struct Told {
   int type, state;
-  const char* code = "";
-  Milestones milestones = At(10, 0, 0);
+  const char* code;
+  std::int64_t begin, granted = 0, frame = 0;
 };
 
-TEST(ConnectionWatchTest, AConnectionIsTracedOnceAndAsWhatItCameTo) {
-  const Told stands{1, 3}, frame{1, 2, "", At(10, 11, 19)}, loss{0, 6, "60701002"}, release{1, 4, "", At(10, 11, 19)};
-  const Told abandoned{1, 4, "", At(10, 11, 0)}, serviceError{0, 5, "60301007", At(10, 11, 0)};
-  const struct {
-    std::vector<Told> told;
-    const char* traces;
-  } rows[] = {
-      {{stands, frame, loss, frame, release}, "frame "},
-      {{stands, loss, frame, release}, "frame "},
-      {{stands, release}, "frame "},  // of an embedding SDK that sends no 1/2
-      {{release}, ""},                // one that has been forgotten
-      {{{0, 5, "60301005"}, abandoned}, "failed60301005 "},
-      {{{0, 0, "60702001"}, {0, 0, "60702001"}}, "failed60702001 "},
-      {{loss, abandoned}, "failed60701002 "},
-      {{serviceError}, ""},
-      {{serviceError, loss, abandoned}, "failed60301007 "},
-      {{abandoned, abandoned, {0, 0, "60702001", At(10, 11, 0)}}, "released "},
-      {{frame, release, {0, 0, "60702001", At(30, 11, 19)}, {1, 4, "", At(30, 11, 19)}}, "frame failed60702001 "},
-      {{frame, release, {0, 5, "60301005", At(19, 11, 19)}}, "frame failed60301005 "},  // within a millisecond
-      {{frame, {1, 4, "", At(30, 11, 19)}}, "frame released "},
-      {{{1, 2, "", {}}, {1, 4, "", {}}}, ""},
-  };
-  for (const auto& row : rows) {
+const std::map<std::string, Told> kMessages = {
+    {"stands", {1, 3, "", 10}},
+    {"frame", {1, 2, "", 10, 11, 19}},
+    {"loss", {0, 6, "60701002", 10}},
+    {"release", {1, 4, "", 10, 11, 19}},
+    {"release-without-frame", {1, 4, "", 10, 11}},
+    {"release-of-the-next", {1, 4, "", 30, 11, 19}},
+    {"refusal", {0, 5, "60301005", 10}},
+    {"refusal-of-the-next-in-the-frame's-millisecond", {0, 5, "60301005", 19, 11, 19}},
+    {"refusal-of-a-refresh", {0, 5, "60301007", 10, 11}},
+    {"failure", {0, 0, "60702001", 10}},
+    {"failure-after-the-release", {0, 0, "60702001", 10, 11}},
+    {"failure-of-the-next", {0, 0, "60702001", 30, 11, 19}},
+    {"without-milestones", {1, 2, "", 0}}};
+
+using ConnectionWatches = tests::Transcribed<>;
+
+TEST_F(ConnectionWatches, TraceAConnectionOnceAndAsWhatItCameTo) {
+  ForEachCase([](const std::string& line) {
     ConnectionWatch watch;
     std::string traces;
-    for (const Told& told : row.told) {
+    std::istringstream words(line);
+    for (std::string word; words >> word;) {
+      const Told& told = kMessages.at(word);
       auto status = std::make_shared<pass_interface::MessageCollectStatusData>();
       status->errorCode = told.code;
-      status->milestones = told.milestones;
+      if (told.begin != 0) {
+        status->milestones = {
+            {"startGetInstanceInfo", told.begin}, {"endGetInstanceInfo", told.granted}, {"recvFirstFrame", told.frame}};
+      }
+      constexpr const char* kOutcomes[] = {"frame", "failed ", "released"};
       const auto trace = watch.OnMessage({told.type, told.state, 1, 25, "", status}, "sdk");
-      const char* const outcomes[] = {"frame", "failed", "released"};
-      if (trace) traces += outcomes[static_cast<int>(trace->outcome)] + trace->errorCode + " ";
+      traces += word + (trace ? ": " + (kOutcomes[static_cast<int>(trace->outcome)] + trace->errorCode) : "") + "; ";
     }
-    EXPECT_EQ(traces, row.traces) << "row " << &row - rows;
-  }
+    return traces;
+  });
 }
 
 struct TraceTargets : tests::Transcribed<> {
