@@ -24,9 +24,17 @@ namespace asio = boost::asio;
 
 // Read here rather than by OpenSSL, which opens narrow paths only.
 std::string ReadAuthorityFile(const std::filesystem::path& file) {
+  const auto refuse = [&file](const char* reason) {
+    throw std::runtime_error("the authority file " + Utf8Text(file) + reason);
+  };
+  std::error_code ignored;
+  // The end of a pipe would be waited for.
+  if (!std::filesystem::is_regular_file(file, ignored)) refuse(" is missing or no regular file");
   std::ifstream stream(file, std::ios::binary);
   std::string pem((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-  if (!stream) throw std::runtime_error("the authority file " + Utf8Text(file) + " cannot be read");
+  if (!stream) refuse(" cannot be read");
+  // asio takes nothing for an authority.
+  if (pem.empty()) refuse(" is empty");
   return pem;
 }
 
@@ -73,6 +81,8 @@ std::shared_ptr<asio::ssl::context> TlsTrust::Context() {
 }
 
 void TlsTrust::Prepare() noexcept {
+  // Also when there is no context.
+  KeepOpenSslAtExit();
   try {
     Context();
   } catch (const std::exception&) {

@@ -13,11 +13,15 @@ TEST_F(Tls, TheTrustIsReadForEachConnect) {
   StartCloud();
   ASSERT_TRUE(ConnectToFirstFrame());
   controller->ReleasePhoneConnect();
-  const std::filesystem::path file = directory / "authority.pem";
-  tests::WriteFile(file, "nobody");
-  reference::SetAuthorityFile(file);
+  // The system's, who do not know the cloud's; then nobody.
+  reference::SetAuthorityFile("");
   Connect();
-  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, 2));
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected));
+  const std::filesystem::path file = directory / "authority.pem";
+  tests::WriteFile(file, "");
+  reference::SetAuthorityFile(file);
+  ASSERT_TRUE(frontEnd->notices.WaitFor(kDisconnected, frontEnd->notices.Count(kDisconnected) + 2));
+  EXPECT_NE(Log().find("authority.pem is empty"), std::string::npos);
   EXPECT_EQ(frontEnd->notices.Count(kStands), 0U);
   EXPECT_EQ(Stats().authentications, 1U);
   tests::WriteFile(file, ReadFile(cloud->AuthorityFile()));
