@@ -4,6 +4,7 @@
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <condition_variable>
 #include <optional>
 #include <utility>
@@ -56,7 +57,11 @@ class IoThread::LoopWaker final : public Waker {
 
 class IoThread::Loop {
  public:
-  explicit Loop(std::shared_ptr<TlsTrust> trust) : trust(std::move(trust)) {}
+  explicit Loop(std::shared_ptr<TlsTrust> trust) : trust(std::move(trust)) {
+    // A timer has the context make its reactor. Before it has one, post() signals a condition variable with nothing
+    // locked: a look-up's thread could do so when the context is gone already.
+    asio::steady_timer unused(*context);
+  }
 
   asio::io_context& Context() { return *context; }
   TlsTrust& Trust() { return *trust; }
@@ -239,7 +244,9 @@ void IoThread::Stop() {
   if (ending.get_id() == std::this_thread::get_id() || NoticeScope::IsInside()) return ending.detach();
   if (loop->WaitForEnd()) return ending.join();
   ending.detach();
-  LogInformation("the I/O thread", "a name's look-up or a notice is still under way; it ends by itself after that");
+  LogInformation(
+      "the I/O thread",
+      "a name's look-up, a notice or the reading of the authorities is still under way; it ends by itself after that");
 }
 
 }  // namespace reference::ws
