@@ -1,5 +1,6 @@
 #include "reference/common/service_threads.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -55,7 +56,9 @@ ServiceThreadTicket::ServiceThreadTicket(ServiceThreadTicket&& other) noexcept
     : isHeld(std::exchange(other.isHeld, false)), hurryNumber(other.hurryNumber) {}
 
 bool WaitForServiceThreads(std::chrono::milliseconds timeout) {
-  const auto end = std::chrono::steady_clock::now() + timeout;
+  // A bound that can be added to any time; std::chrono::milliseconds::max() cannot.
+  constexpr std::chrono::milliseconds kForEver = std::chrono::hours(24 * 365);
+  const auto end = std::chrono::steady_clock::now() + std::min(timeout, kForEver);
   Count& count = TheCount();
   std::uint64_t told = 0;
   std::unique_lock<std::mutex> lock(count.mutex);
