@@ -26,6 +26,8 @@ void CQVDataControl::OnPhoneConnectRsp(std::int32_t transportResult, std::uint32
   const Generation since = generation;
   const FrontEnd frontEnd = notice.Copy();
   const std::string target = targetId.Copy();
+  // Copied first and checked then: the front end of the next Init hears nothing of this one's answer.
+  if (generation != since) return;
   if (transportResult != 0) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]GetPhoneConnect failed; Error code [%d]", target.c_str(),
            static_cast<int>(kResultPhoneConnectFailed));
@@ -54,6 +56,8 @@ void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint
   const Generation since = generation;
   const FrontEnd frontEnd = notice.Copy();
   const std::string target = targetId.Copy();
+  // Copied first and checked then: the front end of the next Init hears nothing of this one's answer.
+  if (generation != since) return;
   if (transportResult != 0) {
     QV_LOG(kLogError, "[QV_DATA_INTERFACE][%s]OnRefreshSessionRsp failed; Error code [%d]", target.c_str(),
            static_cast<int>(kResultRefreshSessionFailed));
@@ -77,9 +81,13 @@ void CQVDataControl::OnRefreshSessionRsp(std::int32_t transportResult, std::uint
   // After that: a connection that is being built either sees the new id or can be found here.
   const auto connection = wsConnection.Copy();
   if (generation != since) return;
-  if (connection) connection->SetSessionId(answer->sessionId.c_str());
+  if (connection) {
+    connection->SetSessionId(answer->sessionId.c_str());
+    // It may have been renewed once more by then.
+    TellNewerSessionIds(*connection, answer->sessionId, since);
+  }
   status.FillIfMade([&](Status& data) {
-    if (generation == since) data.sessionId = answer->sessionId;
+    if (generation == since) data.sessionId = sessionId.Copy();
   });
 }
 

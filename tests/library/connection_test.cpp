@@ -11,12 +11,12 @@ using qv_data_interface::kIspCodeDefault;
 
 struct Connection : Transcript {
   template <class Record>
-  static std::shared_ptr<Record> Header(std::int32_t code) {
+  static std::shared_ptr<Record> Header(std::int32_t code, const char* session = "session-9") {
     auto record = std::make_shared<Record>();
     record->requestTag = "tag-9";
     record->code = code;
     record->message = "no phone";
-    record->sessionId = "session-9";
+    record->sessionId = session;
     return record;
   }
   void Connected(std::int32_t transport, std::uint32_t http, std::int32_t code) {
@@ -107,6 +107,10 @@ TEST_F(Connection, FailedAnswersAndRenewedSessions) {
   STEP(Grant());
   STEP(Refreshed(0, 200, 0));
   STEP(Notices().OnErrorCode(60103013, "expired"));
+
+  Say("\nOf two renewals at once the later one stays.");
+  At("ws.SetSessionId", [] { PassSink()->OnRefreshSessionRsp(0, 200, Header<RefreshSessionRsp>(0, "session-10")); });
+  STEP(Refreshed(0, 200, 0));
 
   Chapter("One that is renewed while its connection is being built reaches that connection, too.");
   Connect();
