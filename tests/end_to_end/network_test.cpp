@@ -23,7 +23,7 @@ constexpr char kNoAnswer[] = "OnStatus(60702001, Http Req for phone-connect fail
 constexpr char kNeverStood[] = "(CD){2,}(CSD|CD)*CS";
 constexpr char kStood[] = "(CD)*CSD(CSD|CD)*CS";
 constexpr char kStaysAway[] = "(CD)+C?";
-constexpr char kStands[] = "(CD)*CS";
+constexpr char kStands[] = "(CS?D)*CS";
 
 struct Row {
   std::string name;
