@@ -160,10 +160,13 @@ void CQVDataControl::OnNotice5() {
 }
 
 void CQVDataControl::OnNotice6(const char* text) {
-  // The text goes back over the connection that it came from, whatever the front end does in its notice.
+  const FrontEnd frontEnd = notice.Copy();
+  const Generation since = generation;
+  Tell(frontEnd, [text](IQVDataInterfaceNotic& notic) { notic.OnNotice8(text); });
+  // The connection that stands now: in its notice the front end may have changed the line. After a release and an Init
+  // it would be another phone's.
   const auto connection = wsConnection.Copy();
-  Tell(notice.Copy(), [text](IQVDataInterfaceNotic& notic) { notic.OnNotice8(text); });
-  if (connection) connection->SendReq9(text, 0);
+  if (connection && generation == since) connection->SendReq9(text, 0);
 }
 
 void CQVDataControl::OnNotice7() {

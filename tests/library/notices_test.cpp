@@ -114,6 +114,12 @@ TEST_F(NoticesOfTheConnection, AreRelayedWithTheirArgumentsOrToNobody) {
     STEP(Notices().OnNotice24());
     STEP(Notices().OnNotice25());
   }
+  Chapter("A text goes back over the connection that stands when the front end has heard it.");
+  Request();
+  At("notice.OnNotice8", [this] { Grant(); });
+  STEP(Notices().OnNotice6("text"));
+  At("notice.OnNotice8", [this] { controller->ReleasePhoneConnect(); });
+  STEP(Notices().OnNotice6("text"));
 }
 
 }  // namespace
