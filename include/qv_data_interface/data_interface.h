@@ -33,9 +33,9 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
   /// Readies the object. The four texts must not be null or empty; notice must hold an object and videoParam must not
   /// be null. systemParam may be null: its defaults are used. baseUrl may be null: the service's default address is
   /// used. modeFlag is handed to the services, as is reconnectNumber (with SendInReq17, each time the connection
-  /// stands). Returns -1 for a bad argument or when the object is already initialised (release it first); for a record
-  /// with a value out of range, a line in the log says which record. Otherwise the result of the services'
-  /// initialisation.
+  /// stands). Returns -1 for a bad argument, when the object is already initialised (release it first), while another
+  /// Init or a release runs, or when a service cannot be made; for a record with a value out of range, a line in the
+  /// log says which record. Otherwise the result of the services' initialisation.
   virtual std::int32_t Init(const char* credential1, const char* credential2, const char* credential3,
                             const char* targetId, std::int32_t modeFlag, std::shared_ptr<IQVDataInterfaceNotic> notice,
                             const QvVideoParam* videoParam, const QvDataSystemParam* systemParam,
@@ -97,10 +97,12 @@ class QV_DATA_INTERFACE_API IQVDataInterface {
   ///@}
 
   /// Moves the connection to another carrier line: ispCode is one of OnIspList, or kIspCodeDefault. The connection is
-  /// dropped and built anew. 0 when it is being built or when the line is the current one; -1 for an unknown line, or
-  /// when the connection could not be built (the line counts as chosen all the same). Calls of several threads wait for
-  /// each other; from inside a notice a call returns -1 when another one is at work. A new connect goes to the default
-  /// line, yet the line last chosen here still counts as the current one, also after a release.
+  /// dropped and built anew. 0 when it is being built or when the line is the current one; -1 until GetPhoneConnect has
+  /// returned 0, after a release or when one overtakes the call, for an unknown line (before the answer that brings the
+  /// lines, for each but the current one), or when the connection could not be built (the line counts as chosen all the
+  /// same). Calls of several threads wait for each other; from inside a notice a call returns -1 when another one is at
+  /// work. A new connect goes to the default line, yet the line last chosen here still counts as the current one, also
+  /// after a release.
   virtual std::int32_t ChangeIsp(std::uint32_t ispCode) = 0;
 
   /// Releases as ReleasePhoneConnect does, on whichever thread drops the last pointer.

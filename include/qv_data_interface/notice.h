@@ -24,14 +24,14 @@ struct IspItem {
 ///
 /// **Order.** Of one WebSocket connection: OnStatus(kResultWsConnecting), OnChooseVideoFormat,
 /// OnStatus(kResultSuccess), OnPlayRsp, OnFirstFrame; after OnChooseVideoFormat the relayed notices, OnServiceCode and
-/// errors at any place. After OnStatus(kResultWsDisconnect) it begins again. That is the order of the reference
-/// WebSocket library: this library passes on what comes, when it comes. OnIspList comes once for each session, at any
-/// place relative to these.
+/// errors at any place. The error of a refused authentication comes instead of OnChooseVideoFormat. After
+/// OnStatus(kResultWsDisconnect) it begins again. That is the order of the reference WebSocket library: this library
+/// passes on what comes, when it comes. OnIspList comes once for each session, at any place relative to these.
 ///
-/// **Re-entry.** No lock is held. Every operation of the library may be called from inside a notice,
-/// ReleasePhoneConnect and the dropping of the last pointer included; the object lives until the notice has returned.
-/// ChangeIsp from inside a notice, of any object, returns -1 when another ChangeIsp is at work. A notice that does not
-/// return holds up the ones that would follow on its thread, and a release from another thread.
+/// **Re-entry.** Every operation of the library may be called from inside a notice, ReleasePhoneConnect and the
+/// dropping of the last pointer included; the object lives until the notice has returned. No lock is held that any of
+/// them waits for: ChangeIsp from inside a notice, of any object, returns -1 when another ChangeIsp is at work. A
+/// notice that does not return holds up the ones that would follow on its thread, and a release from another thread.
 ///
 /// **The last one.** When the ReleasePhoneConnect that did the work has returned, no further notice begins on a
 /// service's thread, and none is running there. Two exceptions: a release from inside a notice (of any object) does not
@@ -82,8 +82,8 @@ class IQVDataInterfaceNotic {
   /// A lost connection is rebuilt by the WebSocket library without the front end's help, unless the service refused the
   /// session. A refused refresh ends the connection.
   virtual void OnStatus(std::int32_t code, const char* message) = 0;
-  /// The service's code 60102029, with its text. On the WebSocket library's thread, at any time after the
-  /// authentication.
+  /// The service's code 60102029, with its text. On the WebSocket library's thread, when the phone refuses the
+  /// authentication with it, and at any time after it.
   virtual void OnServiceCode(std::int32_t /*code*/, const char* /*message*/) {}
   /// The phone offers these video formats (264, 265); return the one to play. Comes once for each authentication, on
   /// the WebSocket library's thread, between OnStatus(kResultWsConnecting) and OnStatus(kResultSuccess), with what all
@@ -105,8 +105,8 @@ class IQVDataInterfaceNotic {
   virtual void OnNotice6() {}
   /// Relayed, see OnNotice6.
   virtual void OnNotice7() {}
-  /// Relayed, see OnNotice6. When it has returned, the library sends the text back over the connection. The result is
-  /// not used.
+  /// Relayed, see OnNotice6. When it has returned, the library sends the text back over the connection that stands
+  /// then; not after a release. The result is not used.
   virtual std::int32_t OnNotice8(const char* /*text*/) { return 0; }
   /// Relayed, see OnNotice6.
   virtual void OnNotice9() {}
@@ -130,11 +130,12 @@ class IQVDataInterfaceNotic {
                           std::uint32_t /*value4*/) {}
   /// Relayed, see OnNotice6.
   virtual void OnNotice17() {}
-  /// The carrier lines of the instance, for IQVDataInterface::ChangeIsp; the default line (kIspCodeDefault) is not
-  /// among them. With no lines items is null and count 0. Comes once for each granted or cached session, behind the
-  /// start of its WebSocket connection, whose notices may come before, during or after it: on the HTTP service's thread
-  /// for a granted session, inside GetPhoneConnect for a cached one. For a cached one commands and ChangeIsp return -1
-  /// until GetPhoneConnect has returned.
+  /// The carrier lines of the instance as the service names them, for IQVDataInterface::ChangeIsp, which also takes the
+  /// default line (kIspCodeDefault). With no lines items is null and count 0. Comes once for each granted or cached
+  /// session, unless a release overtakes it: behind the start of its WebSocket connection, whose notices may come
+  /// before, during or after it, also when none could be made. It comes on the HTTP service's thread for a granted
+  /// session, inside GetPhoneConnect for a cached one. For a cached one commands and ChangeIsp return -1 until
+  /// GetPhoneConnect has returned.
   virtual void OnIspList(const IspItem* /*items*/, std::uint64_t /*count*/) {}
   /// Relayed, see OnNotice6.
   virtual void OnNotice19() {}

@@ -12,10 +12,10 @@ namespace pass_interface {
 
 /// Where the streams of one line are. This library uses the WebSocket endpoint only.
 struct StreamEndpoints {
-  std::string tcpDomain;           ///< not used here
-  std::int32_t tcpPort = 0;        ///< not used here
-  std::string udpDomain;           ///< not used here
-  std::int32_t udpPort = 0;        ///< not used here
+  std::string tcpDomain;           ///< kept in the cache, not used here
+  std::int32_t tcpPort = 0;        ///< kept in the cache, not used here
+  std::string udpDomain;           ///< kept in the cache, not used here
+  std::int32_t udpPort = 0;        ///< kept in the cache, not used here
   std::string webSocketDomain;     ///< host name or address of the signalling connection
   std::int32_t webSocketPort = 0;  ///< its port
 };
@@ -27,11 +27,11 @@ struct SubStreamInfo {
   StreamEndpoints endpoints;  ///< its streams
 };
 
-/// One granted session; with a code other than 0, a refusal and nothing but the header.
+/// One granted session; as an answer with a code other than 0, a refusal and nothing but the header.
 struct InstanceInfo {
-  /// The answer's header. A code of 0 means that the service granted the session.
+  /// The answer's header, which is not kept in the cache. A code of 0 means that the service granted the session.
   std::string requestTag;
-  std::int32_t code = -1;  ///< 0: granted; any other: refused
+  std::int32_t code = -1;  ///< of an answer, 0: granted; any other: refused
   std::string message;     ///< the service's text for the code
 
   std::string sessionId;   ///< with it the phone lets the connection in; a secret

@@ -33,7 +33,7 @@ struct MessageCollectStatusData : MessageCollectBaseData {
   std::string wsPort;                 ///< its port, in decimal
   std::string errorCode;              ///< in decimal; empty for none
   std::string statusText;             ///< not filled by this library
-  std::string sdkVersion;             ///< of the embedding SDK
+  std::string sdkVersion;             ///< this library's, or the embedding SDK's when it has given one
   std::string interfaceVersion;       ///< of this library
   std::int64_t playResponseTime = 0;  ///< of the last answer to play
   std::int64_t firstFrameTime = 0;    ///< of the first frame since the last loss or release

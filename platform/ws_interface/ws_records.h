@@ -26,7 +26,7 @@ struct WSVideoParam {
   std::uint16_t width;        ///< pixels
   std::uint16_t height;       ///< pixels
   std::uint16_t frameRate;    ///< frames a second
-  std::uint32_t bitRate;      ///< as the front end gave it
+  std::uint32_t bitRate;      ///< as the front end gave it, or the phone has granted since
 };
 
 /// The video to ask for.

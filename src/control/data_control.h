@@ -157,7 +157,7 @@ class CQVDataControl final : public IQVInternalDataInterface,
   // Reports a failure and makes the outcome a result: 0 or -1. Apart from InitWS, because it calls the front end and
   // fills the telemetry, which ChangeIsp must not do with ispLock held.
   std::int32_t FinishInitWS(const FrontEnd& frontEnd, InitWSOutcome outcome);
-  // Destroys the connection of that generation, if there is one. Of several threads only one gets to do it.
+  // Destroys the connection, if there is one, while that generation lasts. Of several threads only one gets to do it.
   void DropConnection(Generation since);
 
   // websocket_events

@@ -1,7 +1,7 @@
 // A value that several threads share: copied out, replaced or taken as a whole.
 //
 // Threads: every operation from any thread. A value that is replaced or taken is destroyed after the lock, for it may
-// be the last pointer to something that calls back.
+// be the last pointer to something that calls back. What Update replaces is destroyed under it, and must not call back.
 #ifndef SYNC_GUARDED_H
 #define SYNC_GUARDED_H
 
